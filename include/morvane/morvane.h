@@ -1,0 +1,10 @@
+/// @file
+/// The whole public interface.
+#pragma once
+
+#include <morvane/Export.h>
+#include <morvane/common/PixelTypes.h>
+#include <morvane/connexity/Conditions.h>
+#include <morvane/connexity/ConnectedZoneScan.h>
+#include <morvane/connexity/Connexity.h>
+#include <morvane/connexity/Labelling.h>
