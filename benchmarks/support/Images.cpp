@@ -1,0 +1,90 @@
+#include "support/Images.h"
+
+#include <opencv2/imgproc.hpp>
+
+#include <cstdint>
+
+namespace benchmarks
+{
+
+namespace
+{
+
+/// SplitMix64: the same numbers with every compiler and library.
+class Generator
+{
+public:
+    /// Uniform in [0, 1).
+    double Next()
+    {
+        std::uint64_t z = (m_state += 0x9E3779B97F4A7C15U);
+        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9U;
+        z = (z ^ (z >> 27)) * 0x94D049BB133111EBU;
+        return static_cast<double>((z ^ (z >> 31)) >> 11) * 0x1.0p-53;
+    }
+
+private:
+    std::uint64_t m_state = 1;
+};
+
+cv::Mat Noise(int side)
+{
+    Generator generator;
+    cv::Mat noise(side, side, CV_32FC1);
+    for (int y = 0; y < side; ++y)
+    {
+        for (int x = 0; x < side; ++x)
+        {
+            noise.at<float>(y, x) = static_cast<float>(generator.Next());
+        }
+    }
+    return noise;
+}
+
+} // namespace
+
+cv::Mat RandomMask(int side, double density)
+{
+    return Noise(side) < density;
+}
+
+cv::Mat Blobs(int side)
+{
+    cv::Mat noise = Noise(side);
+    cv::GaussianBlur(noise, noise, cv::Size(), 6.0, 6.0, cv::BORDER_REFLECT);
+    return noise > cv::mean(noise)[0];
+}
+
+cv::Mat Spiral(int side)
+{
+    cv::Mat image = cv::Mat::zeros(side, side, CV_8UC1);
+    cv::Point const directions[] = {{1, 0}, {0, 1}, {-1, 0}, {0, -1}};
+    auto const isFree = [&image](cv::Point p) {
+        return p.x < 0 || p.y < 0 || p.x >= image.cols || p.y >= image.rows || image.at<uchar>(p) == 0;
+    };
+    auto const isInside = [&image](cv::Point p) {
+        return p.x >= 0 && p.y >= 0 && p.x < image.cols && p.y < image.rows;
+    };
+    cv::Point pixel(0, 0);
+    int turn = 0;
+    int blocked = 0;
+    image.at<uchar>(pixel) = 255;
+    while (blocked < 2)
+    {
+        cv::Point const step = directions[turn % 4];
+        if (isInside(pixel + step) && isFree(pixel + step) && isFree(pixel + 2 * step))
+        {
+            pixel += step;
+            image.at<uchar>(pixel) = 255;
+            blocked = 0;
+        }
+        else
+        {
+            ++turn;
+            ++blocked;
+        }
+    }
+    return image;
+}
+
+} // namespace benchmarks

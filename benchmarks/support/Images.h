@@ -1,0 +1,22 @@
+/// @file
+/// The images that operators are timed on, square, the same in every run.
+#pragma once
+
+#include <opencv2/core.hpp>
+
+namespace benchmarks
+{
+
+/// `CV_8UC1`, 0 or 255: each pixel is set with the given probability, independent of the others.
+cv::Mat RandomMask(int side, double density);
+
+/// `CV_8UC1`, 0 or 255: smooth noise cut at its middle, half of the pixels set, in shapes some 20 pixels across.
+cv::Mat Blobs(int side);
+
+/// `CV_8UC1`, 0 or 255: one line of one pixel winding inwards with gaps of one pixel, the worst case for merging.
+cv::Mat Spiral(int side);
+
+/// `CV_32FC1`, metres: the simulated panorama of a yard, 0 where nothing came back, stretched to a square.
+cv::Mat DepthPanorama(int side);
+
+} // namespace benchmarks
