@@ -6,6 +6,7 @@
 #include <opencv2/core/hal/intrin.hpp>
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -14,17 +15,23 @@ namespace morvane::common
 {
 
 /// A binary image, packed. Pixel x of a row is bit x % 64 of word x / 64; bits past the last column are 0.
+///
+/// A row is preceded and followed by a word of zeros that may be read, never written: row[-1] and row[words].
 class BitImage
 {
 public:
     using Word = std::uint64_t;
     static constexpr int kWordBits = 64;
 
+    /// How many words hold a row of this many pixels.
+    [[nodiscard]] static constexpr int WordsFor(int cols) { return cols / kWordBits + (cols % kWordBits != 0 ? 1 : 0); }
+
+    /// All bits 0.
     BitImage(int rows, int cols)
         : m_rows(std::max(rows, 0))
         , m_cols(std::max(cols, 0))
-        , m_wordsPerRow(m_cols / kWordBits + (m_cols % kWordBits != 0 ? 1 : 0))
-        , m_words(static_cast<std::size_t>(m_rows) * static_cast<std::size_t>(m_wordsPerRow))
+        , m_wordsPerRow(WordsFor(m_cols))
+        , m_words(static_cast<std::size_t>(m_rows) * RowStride() + 1)
     {}
 
     [[nodiscard]] int Rows() const { return m_rows; }
@@ -39,14 +46,53 @@ public:
 private:
     [[nodiscard]] std::size_t Offset(int y) const
     {
-        return static_cast<std::size_t>(y) * static_cast<std::size_t>(m_wordsPerRow);
+        // Behind the zeros that end the row before.
+        return static_cast<std::size_t>(y) * RowStride() + 1;
     }
+
+    [[nodiscard]] std::size_t RowStride() const { return static_cast<std::size_t>(m_wordsPerRow) + 1; }
 
     int m_rows;
     int m_cols;
     int m_wordsPerRow;
     std::vector<Word> m_words;
 };
+
+/// The word @p index of a row moved by @p offset columns, -63 to 63: its bit x is the row's bit x + offset.
+///
+/// Reads the word before or after it.
+[[nodiscard]] inline BitImage::Word MovedWord(BitImage::Word const * row, int index, int offset)
+{
+    if (offset == 0) return row[index];
+    if (offset < 0) return (row[index] << -offset) | (row[index - 1] >> (BitImage::kWordBits + offset));
+    return (row[index] >> offset) | (row[index + 1] << (BitImage::kWordBits - offset));
+}
+
+/// Moves a row of @p words words @p columns to the right, 1 to 63, zeros coming in.
+inline void MoveRight(BitImage::Word * row, int words, int columns)
+{
+    for (int index = words - 1; index > 0; --index)
+    {
+        row[index] = MovedWord(row, index, -columns);
+    }
+    if (words > 0) row[0] <<= columns;
+}
+
+/// Calls @p visit with the position of each set bit, the lowest first.
+template <class Visit>
+void ForEachBit(BitImage::Word word, Visit && visit)
+{
+    for (; word != 0; word &= word - 1)
+    {
+        visit(std::countr_zero(word));
+    }
+}
+
+/// How many of the set bits lie at position @p bit or below it.
+[[nodiscard]] inline int CountUpTo(BitImage::Word word, int bit)
+{
+    return std::popcount(word & (~BitImage::Word{0} >> (BitImage::kWordBits - 1 - bit)));
+}
 
 /// Packs 64 flags, each 0 or 255, into a word, the first flag in the lowest bit.
 [[nodiscard]] inline BitImage::Word PackFlags(uchar const * flags)

@@ -1,6 +1,7 @@
 #include <morvane/common/Neighbourhood.h>
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace morvane::common
 {
@@ -33,6 +34,16 @@ Neighbourhood::Neighbourhood(std::vector<cv::Point> offsets, bool wrapsInX, cv::
     , m_size(size)
     , m_interior(InteriorOf(m_offsets, size))
 {}
+
+int Neighbourhood::Reach() const
+{
+    int reach = 0;
+    for (cv::Point const & offset : m_offsets)
+    {
+        reach = std::max(reach, std::abs(offset.x));
+    }
+    return reach;
+}
 
 std::vector<std::ptrdiff_t> Neighbourhood::LinearOffsets(cv::Mat const & plane) const
 {

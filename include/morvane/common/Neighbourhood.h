@@ -34,6 +34,12 @@ public:
     /// The offset of the neighbour @p index, below Count().
     [[nodiscard]] cv::Point Offset(std::size_t index) const { return m_offsets[index]; }
 
+    /// Whether the first and the last column are neighbours.
+    [[nodiscard]] bool WrapsInX() const { return m_wrapsInX; }
+
+    /// How many columns the offsets reach to either side, at the most.
+    [[nodiscard]] MORVANE_EXPORT int Reach() const;
+
     /// Tells whether all neighbours of @p pixel lie inside the image without a wrap.
     [[nodiscard]] bool IsInterior(cv::Point pixel) const
     {

@@ -1,11 +1,18 @@
 /// @file
 /// Connection conditions: may a walk step from a pixel to its neighbour?
+///
+/// Conditions on one-channel images derive from AlwaysConnected, conditions on images of two to four channels from
+/// AlwaysConnected_MultiChannel. The composites (see CompositeConditions.h) ask conditions on two or three images at
+/// once and are given to the engine (see ConnectedZoneScan) in place of a simple one.
 #pragma once
 
+#include <morvane/common/Conversions.h>
 #include <morvane/common/PixelTypes.h>
+#include <morvane/connexity/CompositeConditions.h>
 
 #include <opencv2/core.hpp>
 
+#include <cmath>
 #include <concepts>
 
 namespace morvane::connexity
@@ -13,9 +20,9 @@ namespace morvane::connexity
 
 /// The root of all conditions on one-channel images: every step is allowed.
 ///
-/// Derive from it to write a condition of one's own. A walk (see ConnectedZoneScan) calls Reset() before each zone,
-/// Add() for each pixel that enters the zone, the seed first, and IsConnected() for each neighbour of each pixel of the
-/// zone, also for neighbours that the zone already holds.
+/// Derive from it to write a condition of one's own. A walk calls Reset() before each zone, Add() for each pixel that
+/// enters the zone, the seed first, and IsConnected() for each neighbour of each pixel of the zone, also for neighbours
+/// that the zone already holds.
 ///
 /// @tparam T element type of the walked image
 template <common::Element T>
@@ -53,12 +60,111 @@ template <common::Element T>
 class EqualConnected : public AlwaysConnected<T>
 {
 public:
-    [[nodiscard]] bool IsConnected(
-        [[maybe_unused]] cv::Point const & from, T fromValue, [[maybe_unused]] cv::Point const & to, T toValue,
-        [[maybe_unused]] cv::Point const & seed, [[maybe_unused]] T seedValue) override
+    /// Are the two values equal?
+    [[nodiscard]] static bool AreLinked(T one, T other) { return one == other; }
+
+    /// @copydoc AlwaysConnected::IsConnected
+    [[nodiscard]] bool
+    IsConnected(cv::Point const &, T fromValue, cv::Point const &, T toValue, cv::Point const &, T) override
     {
-        return fromValue == toValue;
+        return AreLinked(fromValue, toValue);
     }
+};
+
+/// The distance between two values as the delta conditions measure it.
+///
+/// 8- and 16-bit elements are widened to `int`. For `int` the difference wraps: values more than 2147483647 apart read
+/// as a negative distance, which passes a bound. Floating-point types stay as they are; NaN gives NaN, and so do two
+/// equal infinities.
+template <common::Element T>
+[[nodiscard]] inline auto Difference(T one, T other)
+{
+    if constexpr (std::floating_point<T>)
+    {
+        return one > other ? one - other : other - one;
+    }
+    else
+    {
+        // Unsigned, so that the wrap-around of int is defined.
+        auto const first = static_cast<unsigned>(static_cast<int>(one));
+        auto const second = static_cast<unsigned>(static_cast<int>(other));
+        return common::WrapTo<int>(one > other ? first - second : second - first);
+    }
+}
+
+/// A step is allowed between values that differ by at most a delta, whatever the seed: a slow ramp is one zone.
+///
+/// With delta 0 finite values connect as under EqualConnected. NaN never connects.
+///
+/// @tparam T element type of the walked image
+template <common::Element T>
+class DeltaConnected : public AlwaysConnected<T>
+{
+public:
+    /// @param delta the bound, inclusive; for integer types cut to an `int` of which the low bits of @p T are kept
+    ///        (see common::TruncateTo()): in `uchar`, 300.0 is 44 and -1.0 is 255, which connects everything
+    explicit DeltaConnected(double delta)
+        : m_delta(common::TruncateTo<T>(delta))
+    {}
+
+    /// Do the two values differ by at most the delta?
+    [[nodiscard]] bool AreLinked(T one, T other) const { return Difference(one, other) <= m_delta; }
+
+    /// @copydoc AlwaysConnected::IsConnected
+    [[nodiscard]] bool
+    IsConnected(cv::Point const &, T fromValue, cv::Point const &, T toValue, cv::Point const &, T) override
+    {
+        return AreLinked(fromValue, toValue);
+    }
+
+private:
+    T m_delta;
+};
+
+/// A step is allowed to values that differ from the seed's by at most a delta: the zones depend on their seeds.
+///
+/// @tparam T element type of the walked image
+template <common::Element T>
+class DeltaConnectedSeed : public AlwaysConnected<T>
+{
+public:
+    /// @param delta as for DeltaConnected
+    explicit DeltaConnectedSeed(double delta)
+        : m_delta(common::TruncateTo<T>(delta))
+    {}
+
+    /// @copydoc AlwaysConnected::IsConnected
+    [[nodiscard]] bool
+    IsConnected(cv::Point const &, T, cv::Point const &, T toValue, cv::Point const &, T seedValue) override
+    {
+        return Difference(toValue, seedValue) <= m_delta;
+    }
+
+private:
+    T m_delta;
+};
+
+/// A step is allowed only across a difference greater than a delta. NaN never connects.
+///
+/// @tparam T element type of the walked image
+template <common::Element T>
+class DeltaNoConnected : public AlwaysConnected<T>
+{
+public:
+    /// @param delta as for DeltaConnected
+    explicit DeltaNoConnected(double delta)
+        : m_delta(common::TruncateTo<T>(delta))
+    {}
+
+    /// @copydoc AlwaysConnected::IsConnected
+    [[nodiscard]] bool
+    IsConnected(cv::Point const &, T fromValue, cv::Point const &, T toValue, cv::Point const &, T) override
+    {
+        return Difference(fromValue, toValue) > m_delta;
+    }
+
+private:
+    T m_delta;
 };
 
 /// The root of all conditions on images of two to four channels; AlwaysConnected with a pixel vector in place of a
@@ -96,17 +202,86 @@ template <common::Element T, int N>
 class EqualConnected_MultiChannel : public AlwaysConnected_MultiChannel<T, N>
 {
 public:
-    [[nodiscard]] bool IsConnected(
-        [[maybe_unused]] cv::Point const & from, cv::Vec<T, N> const & fromValue, [[maybe_unused]] cv::Point const & to,
-        cv::Vec<T, N> const & toValue, [[maybe_unused]] cv::Point const & seed,
-        [[maybe_unused]] cv::Vec<T, N> const & seedValue) override
+    using Vector = cv::Vec<T, N>;
+
+    /// Are the two pixels equal in every channel?
+    [[nodiscard]] static bool AreLinked(Vector const & one, Vector const & other)
     {
         for (int channel = 0; channel < N; ++channel)
         {
-            if (fromValue[channel] != toValue[channel]) return false;
+            if (one[channel] != other[channel]) return false;
         }
         return true;
     }
+
+    /// @copydoc AlwaysConnected::IsConnected
+    [[nodiscard]] bool IsConnected(
+        cv::Point const &, Vector const & fromValue, cv::Point const &, Vector const & toValue, cv::Point const &,
+        Vector const &) override
+    {
+        return AreLinked(fromValue, toValue);
+    }
+};
+
+/// The Euclidean distance of two pixel vectors, exactly as `cv::norm(one, other, cv::NORM_L2)` computes it.
+///
+/// The differences are taken in the element type (`int` wraps, `float` rounds), their squares are summed in double from
+/// the first channel to the last.
+template <common::Element T, int N>
+[[nodiscard]] inline double EuclideanDistance(cv::Vec<T, N> const & one, cv::Vec<T, N> const & other)
+{
+    double sum = 0.0;
+    for (int channel = 0; channel < N; ++channel)
+    {
+        T const first = one[channel];
+        T const second = other[channel];
+        double difference = 0.0;
+        if constexpr (std::floating_point<T>)
+        {
+            difference = static_cast<double>(first - second);
+        }
+        else
+        {
+            // Unsigned, so that the wrap-around of int is defined.
+            difference = common::WrapTo<int>(
+                static_cast<unsigned>(static_cast<int>(first)) - static_cast<unsigned>(static_cast<int>(second)));
+        }
+        sum += difference * difference;
+    }
+    return std::sqrt(sum);
+}
+
+/// A step is allowed between pixels whose Euclidean distance is at most a delta; a NaN in any channel never connects.
+///
+/// @tparam T element type of the walked image
+/// @tparam N its channel count, 2, 3 or 4
+template <common::Element T, int N>
+class DeltaConnected_MultiChannel : public AlwaysConnected_MultiChannel<T, N>
+{
+public:
+    using Vector = cv::Vec<T, N>;
+
+    /// @param delta the bound, inclusive, kept as a double for every element type
+    explicit DeltaConnected_MultiChannel(double delta)
+        : m_delta(delta)
+    {}
+
+    /// Do the two pixels lie at most the delta apart?
+    [[nodiscard]] bool AreLinked(Vector const & one, Vector const & other) const
+    {
+        return m_delta >= EuclideanDistance(one, other);
+    }
+
+    /// @copydoc AlwaysConnected::IsConnected
+    [[nodiscard]] bool IsConnected(
+        cv::Point const &, Vector const & fromValue, cv::Point const &, Vector const & toValue, cv::Point const &,
+        Vector const &) override
+    {
+        return AreLinked(fromValue, toValue);
+    }
+
+private:
+    double m_delta;
 };
 
 /// The same condition with its dynamic type pinned: nothing can derive from it, so a walk over it calls and inlines the

@@ -34,17 +34,17 @@ namespace morvane::connexity
 ///         order; also for matrices of more than two dimensions.
 /// @throws std::bad_alloc, std::length_error, cv::Exception when memory runs out; `labels` may then be partly written
 ///
-/// Cost: O(pixels). Shapes of 4 and 8 neighbours take a run-length path with at most 10 bytes per pixel beside the
-/// images, others the walk of ConnectedZoneScan with 9. One thread. `image` and `labels` must not overlap.
+/// Cost: O(pixels) time; at most 10 bytes per pixel of memory beside the images. One thread. `image` and `labels` must not
+/// overlap.
 ///
 /// @code
 /// cv::Mat labels(depth.size(), CV_32SC1);
 /// bool const done = morvane::connexity::Label(depth, morvane::connexity::eConnexity8, labels);
 /// @endcode
 ///
-/// Source: the zones are those of a raster scan with breadth-first floods; the run-length path follows L. He, Y. Chao,
-/// K. Suzuki, "A run-based two-scan labeling algorithm", IEEE Transactions on Image Processing 17(5), 2008, with
-/// contacts between rows found in bit masks.
+/// Source: the zones are those of a raster scan with breadth-first floods (see ConnectedZoneScan); they are found by runs
+/// and union-find after L. He, Y. Chao, K. Suzuki, "A run-based two-scan labeling algorithm", IEEE Transactions on Image
+/// Processing 17(5), 2008, with the contacts between rows found in bit masks.
 [[nodiscard]] MORVANE_EXPORT bool Label(cv::Mat const & image, eConnexityType const & connexity, cv::Mat & labels);
 
 } // namespace morvane::connexity
