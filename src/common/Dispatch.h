@@ -3,7 +3,7 @@
 ///
 /// A visitor calls its function object with the type (or number) as a template argument. What is outside the list gives
 /// the refusal: the value-initialised result, `false` or an empty `cv::Mat`. An operator that answers otherwise says so
-/// where it calls the visitor.
+/// where it calls the visitor, with a last argument.
 ///
 /// @code
 /// return VisitElement(image, [&]<class T> {
@@ -16,22 +16,34 @@
 
 #include <opencv2/core.hpp>
 
+#include <type_traits>
+#include <utility>
+
 namespace morvane::common
 {
 
-/// Tells whether all images are two-dimensional (or empty) with the rows and columns of the first.
+/// Tells whether the matrix has at most two dimensions: an image, possibly empty.
+[[nodiscard]] inline bool IsRaster(cv::Mat const & image)
+{
+    return image.dims <= 2;
+}
+
+/// Tells whether all are images with the rows and columns of the first.
 template <class... Images>
 [[nodiscard]] bool SameSize(cv::Mat const & first, Images const &... others)
 {
-    auto const matches = [&first](cv::Mat const & other) {
-        return other.dims <= 2 && other.rows == first.rows && other.cols == first.cols;
-    };
-    return first.dims <= 2 && (matches(others) && ...);
+    return IsRaster(first) && ((IsRaster(others) && others.rows == first.rows && others.cols == first.cols) && ...);
+}
+
+/// Tells whether the image has one channel; its depth is not looked at.
+[[nodiscard]] inline bool IsSingleChannel(cv::Mat const & image)
+{
+    return image.channels() == 1;
 }
 
 /// Calls @p leaf with the element type of @p image.
-template <class Leaf>
-auto VisitElement(cv::Mat const & image, Leaf && leaf) -> decltype(leaf.template operator()<uchar>())
+template <class Leaf, class Result = decltype(std::declval<Leaf>().template operator()<uchar>())>
+Result VisitElement(cv::Mat const & image, Leaf && leaf, std::type_identity_t<Result> refusal = {})
 {
     switch (image.depth())
     {
@@ -48,13 +60,13 @@ auto VisitElement(cv::Mat const & image, Leaf && leaf) -> decltype(leaf.template
     case CV_64F:
         return leaf.template operator()<double>();
     default:
-        return {};
+        return refusal;
     }
 }
 
 /// Calls @p leaf with the label type of @p labels: `CV_16U` and `CV_16S` share one, whose bit pattern is stored.
-template <class Leaf>
-auto VisitLabel(cv::Mat const & labels, Leaf && leaf) -> decltype(leaf.template operator()<uchar>())
+template <class Leaf, class Result = decltype(std::declval<Leaf>().template operator()<uchar>())>
+Result VisitLabel(cv::Mat const & labels, Leaf && leaf, std::type_identity_t<Result> refusal = {})
 {
     switch (labels.depth())
     {
@@ -66,13 +78,13 @@ auto VisitLabel(cv::Mat const & labels, Leaf && leaf) -> decltype(leaf.template 
     case CV_32S:
         return leaf.template operator()<int>();
     default:
-        return {};
+        return refusal;
     }
 }
 
 /// Calls @p leaf with the channel count of @p image, 1 to 4.
-template <class Leaf>
-auto VisitChannels(cv::Mat const & image, Leaf && leaf) -> decltype(leaf.template operator()<1>())
+template <class Leaf, class Result = decltype(std::declval<Leaf>().template operator()<1>())>
+Result VisitChannels(cv::Mat const & image, Leaf && leaf, std::type_identity_t<Result> refusal = {})
 {
     switch (image.channels())
     {
@@ -85,7 +97,7 @@ auto VisitChannels(cv::Mat const & image, Leaf && leaf) -> decltype(leaf.templat
     case 4:
         return leaf.template operator()<4>();
     default:
-        return {};
+        return refusal;
     }
 }
 
