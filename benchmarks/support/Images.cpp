@@ -27,6 +27,7 @@ private:
     std::uint64_t m_state = 1;
 };
 
+/// Uniform in [0, 1).
 cv::Mat Noise(int side)
 {
     Generator generator;
@@ -53,6 +54,37 @@ cv::Mat Blobs(int side)
     cv::Mat noise = Noise(side);
     cv::GaussianBlur(noise, noise, cv::Size(), 6.0, 6.0, cv::BORDER_REFLECT);
     return noise > cv::mean(noise)[0];
+}
+
+cv::Mat GreyBlobs(int side)
+{
+    cv::Mat noise = Noise(side);
+    cv::GaussianBlur(noise, noise, cv::Size(), 6.0, 6.0, cv::BORDER_REFLECT);
+    cv::Mat grey;
+    cv::normalize(noise, noise, 0.0, 11.99, cv::NORM_MINMAX);
+    // Rounding to the nearest would leave half a level at either end.
+    noise -= 0.5;
+    noise.convertTo(grey, CV_8U);
+    return grey;
+}
+
+cv::Mat Terrain(int side, int type)
+{
+    cv::Mat metres = cv::Mat::zeros(side, side, CV_32FC1);
+    double amplitude = 10.0;
+    for (int cells = 4; cells <= side; cells *= 2)
+    {
+        cv::Mat octave;
+        cv::resize(Noise(cells), octave, metres.size(), 0.0, 0.0, cv::INTER_CUBIC);
+        metres += octave * amplitude;
+        amplitude *= 0.5;
+    }
+    metres += 5.0;
+    metres.setTo(0.0, Noise(side) < 0.1);
+    if (type == CV_32FC1) return metres;
+    cv::Mat millimetres;
+    metres.convertTo(millimetres, type, 1000.0);
+    return millimetres;
 }
 
 cv::Mat Spiral(int side)

@@ -16,6 +16,13 @@ cv::Mat Blobs(int side);
 /// `CV_8UC1`, 0 or 255: one line of one pixel winding inwards with gaps of one pixel, the worst case for merging.
 cv::Mat Spiral(int side);
 
+/// `CV_8UC1`: smooth noise cut into 12 grey levels, 0 among them, in zones some 20 pixels across.
+cv::Mat GreyBlobs(int side);
+
+/// Fractal terrain, a sum of octaves of noise, with one empty pixel in ten: `CV_16UC1` in millimetres above the datum,
+/// or `CV_32FC1` in metres.
+cv::Mat Terrain(int side, int type);
+
 /// `CV_32FC1`, metres: the simulated panorama of a yard, 0 where nothing came back, stretched to a square.
 cv::Mat DepthPanorama(int side);
 

@@ -12,8 +12,10 @@
 
 #include <opencv2/core.hpp>
 
+#include <algorithm>
 #include <cmath>
 #include <concepts>
+#include <type_traits>
 
 namespace morvane::connexity
 {
@@ -71,24 +73,34 @@ public:
     }
 };
 
-/// The distance between two values as the delta conditions measure it.
+/// The distance between two values as the delta conditions measure it: the larger minus the smaller.
 ///
-/// 8- and 16-bit elements are widened to `int`. For `int` the difference wraps: values more than 2147483647 apart read
-/// as a negative distance, which passes a bound. Floating-point types stay as they are; NaN gives NaN, and so do two
-/// equal infinities.
+/// For 8- and 16-bit elements it is exact, an unsigned number of the same size. For `int` it wraps: values more than
+/// 2147483647 apart read as a negative distance, which passes a bound. Floating-point types stay as they are; NaN gives
+/// NaN, and so do two equal infinities.
 template <common::Element T>
 [[nodiscard]] inline auto Difference(T one, T other)
 {
     if constexpr (std::floating_point<T>)
     {
-        return one > other ? one - other : other - one;
+        // The two subtractions mirror each other exactly, so that no branch is needed.
+        return std::abs(one - other);
     }
     else
     {
         // Unsigned, so that the wrap-around of int is defined.
-        auto const first = static_cast<unsigned>(static_cast<int>(one));
-        auto const second = static_cast<unsigned>(static_cast<int>(other));
-        return common::WrapTo<int>(one > other ? first - second : second - first);
+        using Unsigned = std::make_unsigned_t<T>;
+        auto const larger = static_cast<Unsigned>(std::max(one, other));
+        auto const smaller = static_cast<Unsigned>(std::min(one, other));
+        auto const difference = static_cast<Unsigned>(larger - smaller);
+        if constexpr (std::same_as<T, int>)
+        {
+            return common::WrapTo<int>(difference);
+        }
+        else
+        {
+            return difference;
+        }
     }
 }
 

@@ -1,0 +1,34 @@
+/// @file
+/// Registers timed cases: one line for each in the benchmarks' sources.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <string>
+
+namespace benchmarks
+{
+
+/// Times what @p prepare returns, a callable that is run again and again; preparing is not timed.
+///
+/// @param name `Operator/who/case/size`, `who` being `morvane` or a peer
+/// @param prepare makes the inputs and returns the callable, whose result is looked at
+/// @param side the image has side x side pixels, reported as pixels per second
+template <class Prepare>
+void Time(std::string const & name, Prepare const & prepare, int side)
+{
+    auto const run = [prepare, side](benchmark::State & state) {
+        auto work = prepare();
+        for (auto _ : state)
+        {
+            auto const result = work();
+            benchmark::DoNotOptimize(result);
+            benchmark::ClobberMemory();
+        }
+        state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(side) * side);
+    };
+    benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMillisecond);
+}
+
+} // namespace benchmarks
