@@ -1,0 +1,38 @@
+#include "morvane/support/Pictures.h"
+
+#include <cstdint>
+
+namespace program
+{
+
+cv::Vec3b ColourOfZone(int label)
+{
+    constexpr std::uint64_t kLevels = 192;
+    constexpr std::uint64_t kDarkest = 64;
+    // Coprime to 192^3 = 2^18 * 3^3, and near its golden section, which keeps successive labels far apart.
+    constexpr std::uint64_t kStride = 4374361;
+    static_assert(kStride % 2 != 0 && kStride % 3 != 0);
+
+    std::uint64_t const index = static_cast<std::uint64_t>(label - 1) * kStride % kDistinctColours;
+    auto const channel = [](std::uint64_t level) {
+        return static_cast<uchar>(kDarkest + level % kLevels);
+    };
+    return {channel(index), channel(index / kLevels), channel(index / kLevels / kLevels)};
+}
+
+cv::Mat PictureOfZones(cv::Mat const & labels)
+{
+    cv::Mat picture = cv::Mat::zeros(labels.size(), CV_8UC3);
+    for (int y = 0; y < labels.rows; ++y)
+    {
+        int const * const row = labels.ptr<int>(y);
+        cv::Vec3b * const colours = picture.ptr<cv::Vec3b>(y);
+        for (int x = 0; x < labels.cols; ++x)
+        {
+            if (row[x] > 0) colours[x] = ColourOfZone(row[x]);
+        }
+    }
+    return picture;
+}
+
+} // namespace program
