@@ -53,7 +53,7 @@ void TimeLabel(benchmark::State & state, Case const & input, int side, eConnexit
     cv::Mat labels(image.size(), CV_32SC1);
     for (auto _ : state)
     {
-        bool const done = morvane::connexity::Label(image, connexity, labels);
+        bool done = morvane::connexity::Label(image, connexity, labels);
         benchmark::DoNotOptimize(done);
     }
     CountPixels(state, image);
@@ -66,7 +66,7 @@ void TimeOpenCV(benchmark::State & state, Case const & input, int side, int neig
     cv::Mat labels(image.size(), CV_32SC1);
     for (auto _ : state)
     {
-        int const count = cv::connectedComponents(image, labels, neighbours, CV_32S, algorithm);
+        int count = cv::connectedComponents(image, labels, neighbours, CV_32S, algorithm);
         benchmark::DoNotOptimize(count);
     }
     CountPixels(state, image);
@@ -111,7 +111,7 @@ void RegisterCase(Case const & input, int side)
         for (auto const & [name, algorithm] :
              {std::pair{"spaghetti", cv::CCL_SPAGHETTI}, {"grana", cv::CCL_GRANA}, {"wu", cv::CCL_WU}})
         {
-            Register(label + "/opencv-" + name + "/" + where, [=](auto & state) {
+            Register(label + "/opencv-" + name + "/" + where, [=, algorithm = algorithm](auto & state) {
                 TimeOpenCV(state, input, side, neighbours, algorithm);
             });
         }

@@ -22,7 +22,7 @@ void Time(std::string const & name, Prepare const & prepare, int side)
         auto work = prepare();
         for (auto _ : state)
         {
-            auto const result = work();
+            auto result = work();
             benchmark::DoNotOptimize(result);
             benchmark::ClobberMemory();
         }

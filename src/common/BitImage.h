@@ -101,7 +101,7 @@ void ForEachBit(BitImage::Word word, Visit && visit)
 #if CV_SIMD128
     for (int quarter = 0; quarter < 4; ++quarter)
     {
-        auto const signs = static_cast<unsigned>(cv::v_signmask(cv::v_load(flags + 16 * quarter)));
+        auto const signs = static_cast<unsigned>(cv::v_signmask(cv::v_load(flags + std::ptrdiff_t{16} * quarter)));
         word |= static_cast<BitImage::Word>(signs) << (16 * quarter);
     }
 #else

@@ -214,6 +214,7 @@ template <common::Element T, int N>
 class EqualConnected_MultiChannel : public AlwaysConnected_MultiChannel<T, N>
 {
 public:
+    /// A pixel of the walked image.
     using Vector = cv::Vec<T, N>;
 
     /// Are the two pixels equal in every channel?
@@ -271,6 +272,7 @@ template <common::Element T, int N>
 class DeltaConnected_MultiChannel : public AlwaysConnected_MultiChannel<T, N>
 {
 public:
+    /// A pixel of the walked image.
     using Vector = cv::Vec<T, N>;
 
     /// @param delta the bound, inclusive, kept as a double for every element type

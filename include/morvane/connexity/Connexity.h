@@ -49,8 +49,10 @@ class MORVANE_EXPORT Connexity
 public:
     /// The neighbourhood of a shape. @throws std::bad_alloc
     Connexity(eConnexityType type);
+    /// A copy. @throws std::bad_alloc
     Connexity(Connexity const & other);
     ~Connexity();
+    /// Becomes a copy of @p other. @throws std::bad_alloc
     Connexity & operator=(Connexity const & other);
 
     /// The offset at @p index in visiting order; @p index must be below size(), which is not checked.
@@ -58,9 +60,13 @@ public:
     /// @copydoc operator[](std::size_t)
     cv::Point_<int> const & operator[](std::size_t index) const { return m_offsets[index]; }
 
+    /// The first offset in visiting order.
     std::vector<cv::Point_<int>>::iterator begin() { return m_offsets.begin(); }
+    /// Behind the last offset.
     std::vector<cv::Point_<int>>::iterator end() { return m_offsets.end(); }
+    /// @copydoc begin()
     std::vector<cv::Point_<int>>::const_iterator begin() const { return m_offsets.begin(); }
+    /// @copydoc end()
     std::vector<cv::Point_<int>>::const_iterator end() const { return m_offsets.end(); }
 
     /// The number of offsets.
