@@ -1,0 +1,57 @@
+#include "Section.h"
+
+#include "scansim/Scan.h"
+#include "scansim/TopView.h"
+
+#include <string>
+
+namespace gallery
+{
+
+namespace
+{
+
+using namespace scansim;
+
+/// Writes the images of a scan and shows those that tell most.
+void ShowScan(Studio & studio, std::string const & name, Scan const & scan, TopViewArea const & area)
+{
+    TopView const above = SeeFromAbove(scan, area);
+    studio.Save(name + "_colour.png", scan.colour);
+    studio.Save(name + "_intensity.png", scan.intensity);
+    studio.Save(name + "_depth.tif", scan.depth);
+    studio.Save(name + "_elevation.tif", above.elevation);
+    studio.ThePage().AddFigures({
+        {name + "_colour.png", "Colour, 8-bit: the full circle, so that the left and the right border meet"},
+        {studio.Show(name + "_intensity", scan.intensity, Look::Grey), "Intensity of the echo, 16-bit"},
+        {studio.Show(name + "_depth", scan.depth, Look::Relief), "Depth in metres, float: dark blue is near"},
+        {studio.Show(name + "_elevation", above.elevation, Look::Relief),
+         "Elevation from above in metres, float: shadows and the place under the scanner are empty"},
+    });
+}
+
+void DrawScans(Studio & studio)
+{
+    studio.ThePage().BeginSection(
+        "The scans",
+        "A simulated scanner stands in a room and in a yard and sends rays over the full circle. Ranges are noisy, "
+        "glass "
+        "lets most rays pass, flat hits are lost, and nothing comes back from the sky: there the images are 0.");
+    ShowScan(studio, "room", Simulate(MakeRoom(), RoomStation(0), {}), AreaAround(RoomStation(0), 4.5, 0.03));
+    ShowScan(studio, "yard", Simulate(MakeYard(), YardStation(0), {}), AreaAround(YardStation(0), 22.0, 0.1));
+}
+
+void DrawUserImage(Studio & studio, UserImage const & own)
+{
+    studio.ThePage().BeginSection("The image", own.file.filename().string());
+    studio.ThePage().AddFigures({
+        {studio.Show("own-grey", own.image, Look::Grey), "As it is; empty pixels have the darkest tone"},
+        {studio.Show("own-relief", own.image, Look::Relief), "Dark blue is low, yellow is high"},
+    });
+}
+
+RegisteredSection const registered({0, DrawScans, DrawUserImage});
+
+} // namespace
+
+} // namespace gallery
