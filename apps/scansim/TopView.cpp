@@ -10,7 +10,7 @@ TopViewArea AreaAround(Station const & station, double reach, double cell)
     return {{station.position[0] - reach, station.position[1] - reach}, {2.0 * reach, 2.0 * reach}, cell};
 }
 
-TopView SeeFromAbove(Scan const & scan, TopViewArea const & area)
+TopView SeeFromAbove(Scan const & scan, TopViewArea const & area, double ceiling)
 {
     cv::Size const size(
         static_cast<int>(std::ceil(area.extent.width / area.cell)),
@@ -21,7 +21,7 @@ TopView SeeFromAbove(Scan const & scan, TopViewArea const & area)
         for (int column = 0; column < scan.z.cols; ++column)
         {
             float const z = scan.z.at<float>(row, column);
-            if (z == 0.0F) continue;
+            if (z == 0.0F || z >= ceiling) continue;
             double const x = std::floor((scan.x.at<float>(row, column) - area.corner.x) / area.cell);
             double const y = std::floor((scan.y.at<float>(row, column) - area.corner.y) / area.cell);
             if (x < 0.0 || y < 0.0 || x >= size.width || y >= size.height) continue;

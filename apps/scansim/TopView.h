@@ -6,6 +6,8 @@
 
 #include <opencv2/core.hpp>
 
+#include <limits>
+
 namespace scansim
 {
 
@@ -28,6 +30,11 @@ struct TopView
 };
 
 /// Draws the top view of a scan.
-[[nodiscard]] TopView SeeFromAbove(Scan const & scan, TopViewArea const & area);
+///
+/// @param scan the scan
+/// @param area what is shown of it
+/// @param ceiling points at this z or higher are left out, metres
+[[nodiscard]] TopView
+SeeFromAbove(Scan const & scan, TopViewArea const & area, double ceiling = std::numeric_limits<double>::infinity());
 
 } // namespace scansim

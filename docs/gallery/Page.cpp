@@ -28,7 +28,7 @@ p { max-width: 46rem; margin: .4rem 0 1rem; }
 .lead { font-size: 1.15rem; color: var(--soft); }
 nav ol { display: flex; flex-wrap: wrap; gap: .4rem 1.4rem; list-style: none; padding: 0; margin: 1.5rem 0 0; }
 a { color: var(--accent); }
-.figures { display: grid; gap: 1.2rem; grid-template-columns: repeat(auto-fit, minmax(min(100%, 24rem), 1fr)); margin: 1rem 0; }
+.figures { display: grid; align-items: start; gap: 1.2rem; grid-template-columns: repeat(auto-fit, minmax(min(100%, 24rem), 1fr)); margin: 1rem 0; }
 figure { margin: 0; background: var(--card); border: 1px solid var(--line); border-radius: 10px; overflow: hidden; }
 figure img { display: block; width: 100%; max-height: 34rem; object-fit: contain; background: #1e2026; }
 figcaption { padding: .6rem .9rem .8rem; font-size: .92rem; color: var(--soft); }

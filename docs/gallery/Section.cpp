@@ -1,6 +1,6 @@
 #include "Section.h"
 
-#include "Process.h"
+#include "process/Process.h"
 
 #include <opencv2/imgcodecs.hpp>
 
@@ -55,9 +55,9 @@ void Studio::Step(
     std::string const & title, std::string const & text, std::vector<std::string> const & arguments,
     std::vector<Figure> const & figures)
 {
-    Outcome const outcome = Run(m_program, arguments);
+    process::Outcome const outcome = process::Run(m_program, arguments);
     std::string const command = CommandLine(arguments);
-    if (outcome.status != 0) throw std::runtime_error(command + ": " + outcome.output);
+    if (outcome.status != 0) throw std::runtime_error(command + ": " + outcome.errors);
     m_page.AddStep(title, text, command, figures, outcome.output, outcome.seconds);
 }
 

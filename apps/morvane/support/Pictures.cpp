@@ -9,11 +9,12 @@ cv::Vec3b ColourOfZone(int label)
 {
     constexpr std::uint64_t kLevels = 192;
     constexpr std::uint64_t kDarkest = 64;
-    // Coprime to 192^3 = 2^18 * 3^3, and near its golden section, which keeps successive labels far apart.
-    constexpr std::uint64_t kStride = 4374361;
+    // Digits to the base 192 in the ratios that spread points evenly in a cube, so that successive labels look different;
+    // coprime to 192^3 = 2^18 * 3^3, so that no colour comes twice.
+    constexpr std::uint64_t kStride = (157 * kLevels + 129) * kLevels + 107;
     static_assert(kStride % 2 != 0 && kStride % 3 != 0);
 
-    std::uint64_t const index = static_cast<std::uint64_t>(label - 1) * kStride % kDistinctColours;
+    std::uint64_t const index = static_cast<std::uint64_t>(label) * kStride % kDistinctColours;
     auto const channel = [](std::uint64_t level) {
         return static_cast<uchar>(kDarkest + level % kLevels);
     };

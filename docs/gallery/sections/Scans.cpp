@@ -14,9 +14,8 @@ namespace
 using namespace scansim;
 
 /// Writes the images of a scan and shows those that tell most.
-void ShowScan(Studio & studio, std::string const & name, Scan const & scan, TopViewArea const & area)
+void ShowScan(Studio & studio, std::string const & name, Scan const & scan, TopView const & above)
 {
-    TopView const above = SeeFromAbove(scan, area);
     studio.Save(name + "_colour.png", scan.colour);
     studio.Save(name + "_intensity.png", scan.intensity);
     studio.Save(name + "_depth.tif", scan.depth);
@@ -37,8 +36,11 @@ void DrawScans(Studio & studio)
         "A simulated scanner stands in a room and in a yard and sends rays over the full circle. Ranges are noisy, "
         "glass "
         "lets most rays pass, flat hits are lost, and nothing comes back from the sky: there the images are 0.");
-    ShowScan(studio, "room", Simulate(MakeRoom(), RoomStation(0), {}), AreaAround(RoomStation(0), 4.5, 0.03));
-    ShowScan(studio, "yard", Simulate(MakeYard(), YardStation(0), {}), AreaAround(YardStation(0), 22.0, 0.1));
+    Scan const room = Simulate(MakeRoom(), RoomStation(0), {});
+    Scan const yard = Simulate(MakeYard(), YardStation(0), {});
+    // The room is seen from just below its ceiling.
+    ShowScan(studio, "room", room, SeeFromAbove(room, AreaAround(room.station, 5.5, 0.03), kDatum + 2.8));
+    ShowScan(studio, "yard", yard, SeeFromAbove(yard, AreaAround(yard.station, 22.0, 0.1)));
 }
 
 void DrawUserImage(Studio & studio, UserImage const & own)
