@@ -65,9 +65,7 @@ int Run(CLI::App const & program)
     return kFailure;
 }
 
-} // namespace
-
-int main(int argc, char ** argv)
+int ParseAndRun(int argc, char ** argv)
 {
     cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
 
@@ -85,4 +83,19 @@ int main(int argc, char ** argv)
         return Fail("", FirstLine(error.what()) + " (see morvane --help)");
     }
     return Run(program);
+}
+
+} // namespace
+
+int main(int argc, char ** argv)
+{
+    try
+    {
+        return ParseAndRun(argc, argv);
+    }
+    catch (...)
+    {
+        // What is left is memory that ran out before there was anything to say it with.
+        return kFailure;
+    }
 }

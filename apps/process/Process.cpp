@@ -10,8 +10,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-extern char ** environ;
-
 namespace process
 {
 
@@ -78,6 +76,7 @@ pid_t Start(std::filesystem::path const & program, std::vector<std::string> cons
     std::vector<std::string> words{program.string()};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char *> pointers;
+    pointers.reserve(words.size() + 1);
     for (std::string & word : words)
     {
         pointers.push_back(word.data());

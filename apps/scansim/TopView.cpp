@@ -26,7 +26,7 @@ TopView SeeFromAbove(Scan const & scan, TopViewArea const & area, double ceiling
             double const y = std::floor((scan.y.at<float>(row, column) - area.corner.y) / area.cell);
             if (x < 0.0 || y < 0.0 || x >= size.width || y >= size.height) continue;
             cv::Point const cell(static_cast<int>(x), size.height - 1 - static_cast<int>(y));
-            float & highest = view.elevation.at<float>(cell);
+            auto & highest = view.elevation.at<float>(cell);
             if (z <= highest) continue;
             highest = z;
             view.intensity.at<ushort>(cell) = scan.intensity.at<ushort>(row, column);

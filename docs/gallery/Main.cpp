@@ -7,6 +7,7 @@
 #include <opencv2/core/utils/logger.hpp>
 #include <opencv2/imgcodecs.hpp>
 
+#include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <iostream>
@@ -40,11 +41,8 @@ void Draw(fs::path const & program, gallery::UserImage const & own)
     page.Write("index.html");
 }
 
-} // namespace
-
-int main(int argc, char ** argv)
+int ParseAndDraw(int argc, char ** argv)
 {
-    cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
     fs::path program;
     fs::path folder;
     fs::path file;
@@ -54,27 +52,35 @@ int main(int argc, char ** argv)
     arguments.add_option("file", file, "an image of your own, in place of the simulated scans");
     CLI11_PARSE(arguments, argc, argv);
 
+    gallery::UserImage own;
+    if (!file.empty())
+    {
+        own = {fs::absolute(file), cv::imread(file.string(), cv::IMREAD_UNCHANGED)};
+        if (own.image.empty())
+        {
+            std::cerr << "morvane_gallery: " << file.string() << ": is no image that can be read\n";
+            return 2;
+        }
+    }
+    program = fs::absolute(program);
+    fs::create_directories(folder);
+    fs::current_path(folder);
+    Draw(program, own);
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char ** argv)
+{
     try
     {
-        gallery::UserImage own;
-        if (!file.empty())
-        {
-            own = {fs::absolute(file), cv::imread(file.string(), cv::IMREAD_UNCHANGED)};
-            if (own.image.empty())
-            {
-                std::cerr << "morvane_gallery: " << file.string() << ": is no image that can be read\n";
-                return 2;
-            }
-        }
-        program = fs::absolute(program);
-        fs::create_directories(folder);
-        fs::current_path(folder);
-        Draw(program, own);
+        cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
+        return ParseAndDraw(argc, argv);
     }
     catch (std::exception const & error)
     {
-        std::cerr << "morvane_gallery: " << error.what() << '\n';
+        std::fprintf(stderr, "morvane_gallery: %s\n", error.what());
         return 1;
     }
-    return 0;
 }

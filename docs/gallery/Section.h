@@ -30,10 +30,10 @@ public:
     [[nodiscard]] int NextNumber() { return ++m_number; }
 
     /// Writes an image for the steps to read. @throws std::runtime_error when that fails
-    void Save(std::string const & file, cv::Mat const & image);
+    static void Save(std::string const & file, cv::Mat const & image);
 
     /// Writes a preview of an image. @return the name of the picture, made from @p name
-    std::filesystem::path Show(std::string const & name, cv::Mat const & image, Look look);
+    static std::filesystem::path Show(std::string const & name, cv::Mat const & image, Look look);
 
     /// Runs the program and puts the step on the page.
     ///

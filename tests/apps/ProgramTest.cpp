@@ -86,6 +86,9 @@ protected:
         ASSERT_TRUE(cv::imwrite(In(name), image));
     }
 
+    [[nodiscard]] fs::path const & Folder() const { return m_folder; }
+
+private:
     fs::path m_folder;
 };
 
@@ -185,7 +188,7 @@ TEST_F(Program, Picture_HasOneColourForEachZoneAndBlackForNone)
     {
         for (int x = 0; x < image.cols; ++x)
         {
-            cv::Vec3b const colour = picture.at<cv::Vec3b>(y, x);
+            auto const & colour = picture.at<cv::Vec3b>(y, x);
             bool const isBlack = colour == cv::Vec3b(0, 0, 0);
             ASSERT_EQ(isBlack, labels.at<int>(y, x) == 0);
             if (isBlack) continue;
@@ -209,7 +212,7 @@ TEST_F(Program, FileNames_MayHoldBlanksAndQuotes)
 TEST_F(Program, Label_NamesAnInputThatIsMissingBrokenOrRefused)
 {
     ExpectFailure({"label", In("nowhere.tif"), "--connexity", "4"}, {"nowhere.tif", "no such file"});
-    ExpectFailure({"label", m_folder.string(), "--connexity", "4"}, {m_folder.string(), "directory"});
+    ExpectFailure({"label", Folder().string(), "--connexity", "4"}, {Folder().string(), "directory"});
 
     WriteText("text.png", "this is no picture\n");
     ExpectFailure({"label", In("text.png"), "--connexity", "4"}, {"text.png", "no image"});
@@ -231,7 +234,7 @@ TEST_F(Program, Label_NamesAnOutputThatCannotBeWritten_AndLeavesNothing)
 {
     WriteScan("scan.png");
     WriteText("plain", "a file");
-    fs::create_directory(m_folder / "folder.tif");
+    fs::create_directory(Folder() / "folder.tif");
     std::set<std::string> const before = Files();
     auto const label = [this](std::vector<std::string> more) {
         more.insert(more.begin(), {"label", In("scan.png"), "--connexity", "4"});

@@ -27,7 +27,7 @@ cv::Mat PictureOfZones(cv::Mat const & labels)
     for (int y = 0; y < labels.rows; ++y)
     {
         int const * const row = labels.ptr<int>(y);
-        cv::Vec3b * const colours = picture.ptr<cv::Vec3b>(y);
+        auto * const colours = picture.ptr<cv::Vec3b>(y);
         for (int x = 0; x < labels.cols; ++x)
         {
             if (row[x] > 0) colours[x] = ColourOfZone(row[x]);
