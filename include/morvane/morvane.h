@@ -3,6 +3,7 @@
 #pragma once
 
 #include <morvane/Export.h>
+#include <morvane/common/ImageCompare.h>
 #include <morvane/common/PixelTypes.h>
 #include <morvane/connexity/Conditions.h>
 #include <morvane/connexity/ConnectedZoneScan.h>

@@ -1,0 +1,327 @@
+#include <morvane/common/ImageCompare.h>
+
+#include <morvane/common/Conversions.h>
+
+#include "common/Dispatch.h"
+#include "common/PixelSelection.h"
+
+#include <opencv2/core/utility.hpp>
+
+#include <array>
+#include <cstring>
+
+namespace morvane::common
+{
+
+namespace
+{
+
+/// What the comparison is with: an image or a number.
+struct RightOperand
+{
+    cv::Mat const * image = nullptr;
+    double number = 0.0;
+};
+
+/// What is selected: an image or a scalar.
+struct Choice
+{
+    cv::Mat const * image = nullptr;
+    cv::Scalar scalar;
+};
+
+constexpr int kNotEqual = 5;
+
+/// Fewer pixels than this are not worth a second thread.
+constexpr std::size_t kPixelsPerStripe = std::size_t{1} << 18;
+
+bool IsAccepted(
+    cv::Mat const & left, RightOperand const & right, Choice const & whenTrue, Choice const & whenFalse,
+    cv::Mat const & output)
+{
+    auto const isImage = [](Choice const & choice) {
+        return choice.image != nullptr;
+    };
+    if (!IsRaster(left) || !IsRaster(output)) return false;
+    if (right.image != nullptr && !IsRaster(*right.image)) return false;
+    for (Choice const * choice : {&whenTrue, &whenFalse})
+    {
+        if (isImage(*choice) && !IsRaster(*choice->image)) return false;
+    }
+
+    if (!IsSingleChannel(left) || (right.image != nullptr && !IsSingleChannel(*right.image))) return false;
+    for (Choice const * choice : {&whenTrue, &whenFalse})
+    {
+        if (isImage(*choice) && choice->image->channels() != output.channels()) return false;
+    }
+    if (output.total() != left.total() || (right.image != nullptr && right.image->total() != left.total()))
+        return false;
+    for (Choice const * choice : {&whenTrue, &whenFalse})
+    {
+        if (isImage(*choice) && choice->image->total() != left.total()) return false;
+    }
+    if (right.image != nullptr && right.image->depth() != left.depth()) return false;
+    for (Choice const * choice : {&whenTrue, &whenFalse})
+    {
+        if (isImage(*choice) && choice->image->depth() != output.depth()) return false;
+    }
+    return true;
+}
+
+/// The image with its pixels, in raster order, in as many rows as @p shape has; a copy where they have gaps between them.
+cv::Mat InShapeOf(cv::Mat const & shape, cv::Mat const & image)
+{
+    if (image.size() == shape.size() || shape.total() == 0) return image;
+    return (image.isContinuous() ? image : image.clone()).reshape(0, shape.rows);
+}
+
+/// The bytes of a pixel in which each channel is the scalar's component, converted.
+template <class Out>
+std::array<uchar, 32> PixelOf(cv::Scalar const & scalar)
+{
+    std::array<uchar, 32> bytes{};
+    for (int channel = 0; channel < kMaxChannels; ++channel)
+    {
+        Out const value = TruncateTo<Out>(scalar[channel]);
+        std::memcpy(bytes.data() + static_cast<std::size_t>(channel) * sizeof(Out), &value, sizeof(Out));
+    }
+    return bytes;
+}
+
+/// The whole operation on images that were accepted and have one shape.
+template <class T, class Out>
+class Selection
+{
+public:
+    Selection(
+        cv::Mat const & left, int comparison, RightOperand const & right, Choice whenTrue, Choice whenFalse,
+        cv::Mat & output)
+        : m_left(left)
+        , m_output(output)
+        , m_right(right)
+    {
+        SetRelation(comparison);
+        if (m_exchangesResults) std::swap(whenTrue, whenFalse);
+        m_whenTrue = whenTrue;
+        m_whenFalse = whenFalse;
+        m_truePixel = PixelOf<Out>(whenTrue.scalar);
+        m_falsePixel = PixelOf<Out>(whenFalse.scalar);
+    }
+
+    void SelectRow(int y) const
+    {
+        Comparison<T> row = m_comparison;
+        row.values = m_left.ptr<T>(y);
+        if (m_right.image != nullptr) row.others = m_right.image->ptr<T>(y);
+        if (m_exchangesOperands) std::swap(row.values, row.others);
+
+        Source const whenTrue = SourceOf(m_whenTrue, m_truePixel, y);
+        Source const whenFalse = SourceOf(m_whenFalse, m_falsePixel, y);
+        if (std::is_same_v<T, Out> && m_output.channels() == 1)
+        {
+            SelectValues<T>(row, whenTrue, whenFalse, m_output.ptr(y), m_left.cols);
+        }
+        else
+        {
+            SelectPixels<T>(row, whenTrue, whenFalse, m_output.ptr(y), m_left.cols, m_output.elemSize());
+        }
+    }
+
+private:
+    void SetRelation(int comparison)
+    {
+        if (m_right.image == nullptr || comparison < 0 || comparison > kNotEqual)
+        {
+            m_comparison.interval = IntervalOf<T>(comparison, m_right.number);
+            m_exchangesResults = m_comparison.interval.isOutside;
+            return;
+        }
+        constexpr std::array kRelations{Relation::Equal,   Relation::Greater,        Relation::GreaterOrEqual,
+                                        Relation::Greater, Relation::GreaterOrEqual, Relation::Equal};
+        m_comparison.relation = kRelations[static_cast<std::size_t>(comparison)];
+        m_exchangesOperands = comparison == 3 || comparison == 4;
+        m_exchangesResults = comparison == kNotEqual;
+    }
+
+    static Source SourceOf(Choice const & choice, std::array<uchar, 32> const & pixel, int y)
+    {
+        if (choice.image == nullptr) return {pixel.data(), true};
+        return {choice.image->ptr(y), false};
+    }
+
+    cv::Mat const & m_left;
+    cv::Mat & m_output;
+    RightOperand m_right;
+    Choice m_whenTrue;
+    Choice m_whenFalse;
+    Comparison<T> m_comparison;
+    bool m_exchangesOperands = false;
+    bool m_exchangesResults = false;
+    alignas(16) std::array<uchar, 32> m_truePixel;
+    alignas(16) std::array<uchar, 32> m_falsePixel;
+};
+
+template <class T, class Out>
+void SelectAllRows(Selection<T, Out> const & selection, cv::Mat const & left)
+{
+    auto const selectRows = [&](cv::Range const & rows) {
+        for (int y = rows.start; y < rows.end; ++y)
+        {
+            selection.SelectRow(y);
+        }
+    };
+    cv::Range const all(0, left.rows);
+    std::size_t const stripes = left.total() / kPixelsPerStripe;
+    if (left.rows <= 1 || stripes <= 1)
+    {
+        selectRows(all);
+    }
+    else
+    {
+        cv::parallel_for_(all, selectRows, static_cast<double>(stripes));
+    }
+}
+
+/// Brings every image into the shape of the left one and selects.
+template <class T, class Out>
+bool Select(
+    cv::Mat const & left, int comparison, RightOperand const & right, Choice const & whenTrue, Choice const & whenFalse,
+    cv::Mat & output)
+{
+    cv::Mat const rightImage = right.image != nullptr ? InShapeOf(left, *right.image) : cv::Mat();
+    cv::Mat const trueImage = whenTrue.image != nullptr ? InShapeOf(left, *whenTrue.image) : cv::Mat();
+    cv::Mat const falseImage = whenFalse.image != nullptr ? InShapeOf(left, *whenFalse.image) : cv::Mat();
+    cv::Mat target = InShapeOf(left, output);
+
+    Selection<T, Out> const selection(
+        left, comparison, {right.image != nullptr ? &rightImage : nullptr, right.number},
+        {whenTrue.image != nullptr ? &trueImage : nullptr, whenTrue.scalar},
+        {whenFalse.image != nullptr ? &falseImage : nullptr, whenFalse.scalar}, target);
+    SelectAllRows(selection, left);
+
+    // Pixels with gaps between their rows, in another shape, were written in a copy.
+    if (target.data != output.data) target.reshape(0, output.rows).copyTo(output);
+    return true;
+}
+
+bool Compare(
+    cv::Mat const & left, int comparison, RightOperand const & right, Choice const & whenTrue, Choice const & whenFalse,
+    cv::Mat & output)
+{
+    if (!IsAccepted(left, right, whenTrue, whenFalse, output)) return false;
+    return VisitElement(left, [&]<class T> {
+        return VisitElement(output, [&]<class Out> {
+            if (output.channels() > kMaxChannels) return false;
+            if (left.empty()) return true;
+            return Select<T, Out>(left, comparison, right, whenTrue, whenFalse, output);
+        });
+    });
+}
+
+} // namespace
+
+bool ImageCompare(
+    cv::Mat const & left, int comparison, cv::Mat const & right, cv::Mat const & whenTrue, cv::Mat const & whenFalse,
+    cv::Mat & output)
+{
+    return Compare(left, comparison, {&right, 0.0}, {&whenTrue, {}}, {&whenFalse, {}}, output);
+}
+
+bool ImageCompare(
+    cv::Mat const & left, int comparison, cv::Mat const & right, cv::Mat const & whenTrue,
+    cv::Scalar_<double> const & whenFalse, cv::Mat & output)
+{
+    return Compare(left, comparison, {&right, 0.0}, {&whenTrue, {}}, {nullptr, whenFalse}, output);
+}
+
+bool ImageCompare(
+    cv::Mat const & left, int comparison, cv::Mat const & right, cv::Scalar_<double> const & whenTrue,
+    cv::Mat const & whenFalse, cv::Mat & output)
+{
+    return Compare(left, comparison, {&right, 0.0}, {nullptr, whenTrue}, {&whenFalse, {}}, output);
+}
+
+bool ImageCompare(
+    cv::Mat const & left, int comparison, cv::Mat const & right, cv::Scalar_<double> const & whenTrue,
+    cv::Scalar_<double> const & whenFalse, cv::Mat & output)
+{
+    return Compare(left, comparison, {&right, 0.0}, {nullptr, whenTrue}, {nullptr, whenFalse}, output);
+}
+
+bool ImageCompare(
+    cv::Mat const & left, int comparison, double right, cv::Mat const & whenTrue, cv::Mat const & whenFalse,
+    cv::Mat & output)
+{
+    return Compare(left, comparison, {nullptr, right}, {&whenTrue, {}}, {&whenFalse, {}}, output);
+}
+
+bool ImageCompare(
+    cv::Mat const & left, int comparison, double right, cv::Mat const & whenTrue, cv::Scalar_<double> const & whenFalse,
+    cv::Mat & output)
+{
+    return Compare(left, comparison, {nullptr, right}, {&whenTrue, {}}, {nullptr, whenFalse}, output);
+}
+
+bool ImageCompare(
+    cv::Mat const & left, int comparison, double right, cv::Scalar_<double> const & whenTrue, cv::Mat const & whenFalse,
+    cv::Mat & output)
+{
+    return Compare(left, comparison, {nullptr, right}, {nullptr, whenTrue}, {&whenFalse, {}}, output);
+}
+
+bool ImageCompare(
+    cv::Mat const & left, int comparison, double right, cv::Scalar_<double> const & whenTrue,
+    cv::Scalar_<double> const & whenFalse, cv::Mat & output)
+{
+    return Compare(left, comparison, {nullptr, right}, {nullptr, whenTrue}, {nullptr, whenFalse}, output);
+}
+
+bool AreImagesEqual(cv::Mat const & one, cv::Mat const & other)
+{
+    if (!IsRaster(one) || !IsRaster(other)) return false;
+    if (one.channels() != other.channels() || one.total() != other.total() || one.depth() != other.depth())
+        return false;
+    if (one.rows != other.rows || one.cols != other.cols) return false;
+    std::size_t const rowBytes = static_cast<std::size_t>(one.cols) * one.elemSize();
+    for (int y = 0; y < one.rows; ++y)
+    {
+        if (rowBytes != 0 && std::memcmp(one.ptr(y), other.ptr(y), rowBytes) != 0) return false;
+    }
+    return true;
+}
+
+cv::Mat SafeDivision(cv::Mat const & numerator, cv::Mat const & denominator)
+{
+    cv::Mat result = cv::Mat::zeros(numerator.size(), numerator.type());
+    cv::Mat const quotient = numerator / denominator;
+    // Its answer is not asked for: a denominator that it refuses leaves the zeros.
+    ImageCompare(denominator, 0, 0.0, cv::Scalar(0), quotient, result);
+    return result;
+}
+
+bool ConvertToGrayScale(cv::Mat const & image, cv::Mat & grey)
+{
+    if (!IsRaster(image)) return false;
+    return VisitElement(image, [&]<class T> {
+        if (image.empty()) return false;
+        double lowest = 0.0;
+        double highest = 0.0;
+        cv::minMaxLoc(image, &lowest, &highest);
+        if (!(highest - lowest > 0.0)) return false;
+        double const scale = 256.0 / (highest - lowest);
+        cv::Mat const source = image;
+        grey = cv::Mat::zeros(source.size(), CV_8UC1);
+        for (int y = 0; y < source.rows; ++y)
+        {
+            T const * const values = source.ptr<T>(y);
+            uchar * const row = grey.ptr<uchar>(y);
+            for (int x = 0; x < source.cols; ++x)
+            {
+                row[x] = TruncateTo<uchar>(static_cast<double>(values[x]) * scale);
+            }
+        }
+        return true;
+    });
+}
+
+} // namespace morvane::common

@@ -1,0 +1,315 @@
+#include "common/PixelSelection.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <concepts>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+
+namespace morvane::common
+{
+
+namespace
+{
+
+template <Element T>
+constexpr Interval<T> Nothing()
+{
+    return {std::numeric_limits<T>::max(), std::numeric_limits<T>::lowest(), false};
+}
+
+/// The least value that is greater than the number, or, where @p orEqual, not less. False where there is none.
+template <Element T>
+bool LeastAbove(double number, bool orEqual, T & least)
+{
+    if constexpr (std::floating_point<T>)
+    {
+        constexpr T kInfinity = std::numeric_limits<T>::infinity();
+        // Out of the range of float, the nearest is an infinity.
+        T value = number > static_cast<double>(std::numeric_limits<T>::max())      ? kInfinity
+                  : number < static_cast<double>(std::numeric_limits<T>::lowest()) ? -kInfinity
+                                                                                   : static_cast<T>(number);
+        auto const passes = [&](T candidate) {
+            return orEqual ? static_cast<double>(candidate) >= number : static_cast<double>(candidate) > number;
+        };
+        if (!passes(value)) value = std::nextafter(value, kInfinity);
+        if (!passes(value)) return false;
+        least = value;
+        return true;
+    }
+    else
+    {
+        double const whole = orEqual ? std::ceil(number) : std::floor(number) + 1.0;
+        if (whole > static_cast<double>(std::numeric_limits<T>::max())) return false;
+        double const lowest = static_cast<double>(std::numeric_limits<T>::lowest());
+        least = static_cast<T>(std::max(whole, lowest));
+        return true;
+    }
+}
+
+/// The greatest value that is less than the number, or, where @p orEqual, not greater. False where there is none.
+template <Element T>
+bool GreatestBelow(double number, bool orEqual, T & greatest)
+{
+    if constexpr (std::floating_point<T>)
+    {
+        T mirrored{};
+        if (!LeastAbove<T>(-number, orEqual, mirrored)) return false;
+        greatest = -mirrored;
+        return true;
+    }
+    else
+    {
+        double const whole = orEqual ? std::floor(number) : std::ceil(number) - 1.0;
+        if (whole < static_cast<double>(std::numeric_limits<T>::lowest())) return false;
+        double const highest = static_cast<double>(std::numeric_limits<T>::max());
+        greatest = static_cast<T>(std::min(whole, highest));
+        return true;
+    }
+}
+
+template <Element T>
+constexpr T Lowest()
+{
+    if constexpr (std::floating_point<T>)
+        return -std::numeric_limits<T>::infinity();
+    else
+        return std::numeric_limits<T>::lowest();
+}
+
+template <Element T>
+constexpr T Highest()
+{
+    if constexpr (std::floating_point<T>)
+        return std::numeric_limits<T>::infinity();
+    else
+        return std::numeric_limits<T>::max();
+}
+
+template <Element T>
+Interval<T> ValuesEqualTo(double number)
+{
+    T low{};
+    T high{};
+    if (!LeastAbove<T>(number, true, low) || !GreatestBelow<T>(number, true, high) || low > high) return Nothing<T>();
+    return {low, high, false};
+}
+
+/// The answers of a comparison, one after the other.
+template <Relation R, Element T>
+bool Answer(Comparison<T> const & row, int x)
+{
+    if constexpr (R == Relation::Inside) return row.values[x] >= row.interval.low && row.values[x] <= row.interval.high;
+    if constexpr (R == Relation::Equal) return row.values[x] == row.others[x];
+    if constexpr (R == Relation::Greater) return row.values[x] > row.others[x];
+    return row.values[x] >= row.others[x];
+}
+
+/// A source of values, constant or not, known when compiled.
+template <class P, bool IsConstant>
+struct Reader
+{
+    explicit Reader(Source const & source)
+        : pixels(reinterpret_cast<P const *>(source.pixels))
+        , constant(*pixels)
+    {}
+
+    P operator()(int x) const
+    {
+        if constexpr (IsConstant)
+            return constant;
+        else
+            return pixels[x];
+    }
+
+    P const * pixels;
+    P constant;
+};
+
+/// Calls @p leaf with the kinds of both sources.
+template <class P, class Leaf>
+void VisitSources(Source const & whenTrue, Source const & whenFalse, Leaf && leaf)
+{
+    auto const withTrue = [&](auto const & first) {
+        if (whenFalse.isConstant)
+            leaf(first, Reader<P, true>(whenFalse));
+        else
+            leaf(first, Reader<P, false>(whenFalse));
+    };
+    if (whenTrue.isConstant)
+        withTrue(Reader<P, true>(whenTrue));
+    else
+        withTrue(Reader<P, false>(whenTrue));
+}
+
+template <Relation R, Element T>
+void SelectValuesBy(
+    Comparison<T> const & row, Source const & whenTrue, Source const & whenFalse, uchar * output, int cols)
+{
+    VisitSources<T>(whenTrue, whenFalse, [&, local = row](auto const & first, auto const & second) {
+        auto * const values = reinterpret_cast<T *>(output);
+        for (int x = 0; x < cols; ++x)
+        {
+            // Both are read, so that the choice compiles to a blend.
+            T const one = first(x);
+            T const other = second(x);
+            values[x] = Answer<R>(local, x) ? one : other;
+        }
+    });
+}
+
+constexpr int kBlock = 512;
+using Answers = std::array<uchar, kBlock>;
+
+template <Relation R, Element T>
+void CompareBlock(Comparison<T> const & row, int start, int count, Answers & answers)
+{
+    Comparison<T> const local = row;
+    for (int x = 0; x < count; ++x)
+    {
+        answers[static_cast<std::size_t>(x)] = Answer<R>(local, start + x) ? 255 : 0;
+    }
+}
+
+template <Element T>
+void CompareBlock(Comparison<T> const & row, int start, int count, Answers & answers)
+{
+    switch (row.relation)
+    {
+    case Relation::Inside:
+        return CompareBlock<Relation::Inside>(row, start, count, answers);
+    case Relation::Equal:
+        return CompareBlock<Relation::Equal>(row, start, count, answers);
+    case Relation::Greater:
+        return CompareBlock<Relation::Greater>(row, start, count, answers);
+    case Relation::GreaterOrEqual:
+        return CompareBlock<Relation::GreaterOrEqual>(row, start, count, answers);
+    }
+}
+
+/// A pixel of a size that no integer has.
+template <std::size_t Size>
+using Bytes = std::array<uchar, Size>;
+
+template <class P>
+void SelectBlock(
+    Answers const & answers, int start, int count, Source const & whenTrue, Source const & whenFalse, uchar * output)
+{
+    VisitSources<P>(whenTrue, whenFalse, [&](auto const & first, auto const & second) {
+        auto * const pixels = reinterpret_cast<P *>(output);
+        for (int x = 0; x < count; ++x)
+        {
+            P const one = first(start + x);
+            P const other = second(start + x);
+            pixels[start + x] = answers[static_cast<std::size_t>(x)] != 0 ? one : other;
+        }
+    });
+}
+
+using BlockSelector = void (*)(Answers const &, int, int, Source const &, Source const &, uchar *);
+
+BlockSelector SelectorFor(std::size_t pixelSize)
+{
+    switch (pixelSize)
+    {
+    case 1:
+        return SelectBlock<std::uint8_t>;
+    case 2:
+        return SelectBlock<std::uint16_t>;
+    case 3:
+        return SelectBlock<Bytes<3>>;
+    case 4:
+        return SelectBlock<std::uint32_t>;
+    case 6:
+        return SelectBlock<Bytes<6>>;
+    case 8:
+        return SelectBlock<std::uint64_t>;
+    case 12:
+        return SelectBlock<Bytes<12>>;
+    case 16:
+        return SelectBlock<Bytes<16>>;
+    case 24:
+        return SelectBlock<Bytes<24>>;
+    default:
+        return SelectBlock<Bytes<32>>;
+    }
+}
+
+} // namespace
+
+template <Element T>
+Interval<T> IntervalOf(int comparison, double number)
+{
+    bool const isNaN = std::isnan(number);
+    if (comparison == 5)
+    {
+        Interval<T> interval = isNaN ? Nothing<T>() : ValuesEqualTo<T>(number);
+        interval.isOutside = true;
+        return interval;
+    }
+    T bound{};
+    if (isNaN) return Nothing<T>();
+    switch (comparison)
+    {
+    case 0:
+        return ValuesEqualTo<T>(number);
+    case 1:
+    case 2:
+        if (!LeastAbove<T>(number, comparison == 2, bound)) return Nothing<T>();
+        return {bound, Highest<T>(), false};
+    case 3:
+    case 4:
+        if (!GreatestBelow<T>(number, comparison == 4, bound)) return Nothing<T>();
+        return {Lowest<T>(), bound, false};
+    default:
+        return Nothing<T>();
+    }
+}
+
+template <Element T>
+void SelectValues(
+    Comparison<T> const & row, Source const & whenTrue, Source const & whenFalse, uchar * output, int cols)
+{
+    switch (row.relation)
+    {
+    case Relation::Inside:
+        return SelectValuesBy<Relation::Inside>(row, whenTrue, whenFalse, output, cols);
+    case Relation::Equal:
+        return SelectValuesBy<Relation::Equal>(row, whenTrue, whenFalse, output, cols);
+    case Relation::Greater:
+        return SelectValuesBy<Relation::Greater>(row, whenTrue, whenFalse, output, cols);
+    case Relation::GreaterOrEqual:
+        return SelectValuesBy<Relation::GreaterOrEqual>(row, whenTrue, whenFalse, output, cols);
+    }
+}
+
+template <Element T>
+void SelectPixels(
+    Comparison<T> const & row, Source const & whenTrue, Source const & whenFalse, uchar * output, int cols,
+    std::size_t pixelSize)
+{
+    BlockSelector const select = SelectorFor(pixelSize);
+    Answers answers;
+    for (int start = 0; start < cols; start += kBlock)
+    {
+        int const count = std::min(kBlock, cols - start);
+        CompareBlock(row, start, count, answers);
+        select(answers, start, count, whenTrue, whenFalse, output);
+    }
+}
+
+#define INSTANTIATE(T)                                                                                                 \
+    template Interval<T> IntervalOf<T>(int, double);                                                                   \
+    template void SelectValues<T>(Comparison<T> const &, Source const &, Source const &, uchar *, int);                \
+    template void SelectPixels<T>(Comparison<T> const &, Source const &, Source const &, uchar *, int, std::size_t);
+INSTANTIATE(uchar)
+INSTANTIATE(ushort)
+INSTANTIATE(short)
+INSTANTIATE(int)
+INSTANTIATE(float)
+INSTANTIATE(double)
+#undef INSTANTIATE
+
+} // namespace morvane::common
