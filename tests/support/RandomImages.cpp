@@ -207,7 +207,11 @@ FramedImage::FramedImage(cv::Mat const & content)
     {
         std::memset(m_parent.ptr(y), kFrameByte, static_cast<std::size_t>(m_parent.cols) * m_parent.elemSize());
     }
-    m_view = m_parent(cv::Rect(kFrameOrigin, content.size()));
+    // OpenCV makes every view without pixels 0 x 0; a size of 0 x 5 needs a matrix of its own.
+    if (content.empty())
+        m_view.create(content.rows, content.cols, content.type());
+    else
+        m_view = m_parent(cv::Rect(kFrameOrigin, content.size()));
     for (int y = 0; y < content.rows; ++y)
     {
         std::memcpy(m_view.ptr(y), content.ptr(y), static_cast<std::size_t>(content.cols) * content.elemSize());
