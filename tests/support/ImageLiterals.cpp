@@ -184,6 +184,7 @@ double ElementAt(cv::Mat const & image, int y, int x, int channel)
     case CV_8S:
         return image.ptr<schar>(y)[index];
     case CV_16U:
+    case CV_16F:
         return image.ptr<ushort>(y)[index];
     case CV_16S:
         return image.ptr<short>(y)[index];
@@ -195,6 +196,14 @@ double ElementAt(cv::Mat const & image, int y, int x, int channel)
         return image.ptr<double>(y)[index];
     default:
         throw std::invalid_argument("no such element type");
+    }
+}
+
+void FillBytes(cv::Mat & image, uchar byte)
+{
+    for (int y = 0; y < image.rows && image.cols > 0; ++y)
+    {
+        std::memset(image.ptr(y), byte, static_cast<std::size_t>(image.cols) * image.elemSize());
     }
 }
 

@@ -42,8 +42,12 @@ void ExpectDrawn(cv::Mat const & actual, Drawing const & expected);
 /// both.
 [[nodiscard]] ::testing::AssertionResult SamePartition(cv::Mat const & actual, cv::Mat const & expected);
 
-/// The element of @p image at row @p y, column @p x and channel @p channel; exact for every element type.
+/// The element of @p image at row @p y, column @p x and channel @p channel; exact for every element type, the bits
+/// of a half-precision one.
 [[nodiscard]] double ElementAt(cv::Mat const & image, int y, int x, int channel = 0);
+
+/// Fills the pixels of @p image, of any type, with bytes @p byte; what lies between the rows of a view stays.
+void FillBytes(cv::Mat & image, uchar byte);
 
 /// Stores @p value, which the element type must hold.
 void SetElement(cv::Mat & image, int y, int x, int channel, double value);

@@ -5,11 +5,10 @@
 #include <morvane/connexity/Labelling.h>
 
 #include "support/AllTypes.h"
+#include "support/ImageLiterals.h"
 
 #include <gtest/gtest.h>
 #include <opencv2/core.hpp>
-
-#include <cstring>
 
 namespace morvane::tests
 {
@@ -18,10 +17,7 @@ namespace morvane::tests
 inline cv::Mat DirtyLabels(cv::Size size, int type)
 {
     cv::Mat labels(size.height, size.width, type);
-    for (int y = 0; y < labels.rows; ++y)
-    {
-        std::memset(labels.ptr(y), 0x5A, static_cast<std::size_t>(labels.cols) * labels.elemSize());
-    }
+    FillBytes(labels, 0x5A);
     return labels;
 }
 

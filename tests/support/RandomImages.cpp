@@ -3,7 +3,6 @@
 #include "support/ImageLiterals.h"
 
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <vector>
 
@@ -203,19 +202,15 @@ cv::Size RandomSize(Random & random, int largest)
 FramedImage::FramedImage(cv::Mat const & content)
     : m_parent(content.rows + kFrameGrowth.height, content.cols + kFrameGrowth.width, content.type())
 {
-    for (int y = 0; y < m_parent.rows; ++y)
-    {
-        std::memset(m_parent.ptr(y), kFrameByte, static_cast<std::size_t>(m_parent.cols) * m_parent.elemSize());
-    }
-    // OpenCV makes every view without pixels 0 x 0; a size of 0 x 5 needs a matrix of its own.
+    FillBytes(m_parent, kFrameByte);
     if (content.empty())
-        m_view.create(content.rows, content.cols, content.type());
-    else
-        m_view = m_parent(cv::Rect(kFrameOrigin, content.size()));
-    for (int y = 0; y < content.rows; ++y)
     {
-        std::memcpy(m_view.ptr(y), content.ptr(y), static_cast<std::size_t>(content.cols) * content.elemSize());
+        // OpenCV makes every view without pixels 0 x 0; a size of 0 x 5 needs a matrix of its own.
+        m_view.create(content.rows, content.cols, content.type());
+        return;
     }
+    m_view = m_parent(cv::Rect(kFrameOrigin, content.size()));
+    content.copyTo(m_view);
 }
 
 ::testing::AssertionResult FramedImage::IsFrameUntouched() const
