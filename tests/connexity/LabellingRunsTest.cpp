@@ -1,4 +1,4 @@
-// Label with 4 and 8 neighbours on what is hard for a method that works on runs and on words of 64 pixels.
+// Label on what is hard for a method that works on runs and on words of 64 pixels.
 #include <morvane/connexity/Labelling.h>
 
 #include "support/AllTypes.h"
@@ -34,13 +34,34 @@ std::vector<Pattern> PatternsAndNoise(Random & random, cv::Size size)
     return patterns;
 }
 
-/// Labels the mask painted in every pixel type and compares with the plain walk.
+cv::Mat PlainLabels(cv::Mat1b const & mask, int number)
+{
+    return tests::OracleLabels(tests::OracleZones(mask, number), mask.size(), CV_32SC1);
+}
+
+int RandomType(Random & random)
+{
+    return CV_MAKETYPE(tests::kDepths[static_cast<std::size_t>(random.Below(6))], 1 + random.Below(4));
+}
+
+/// Labels the mask, painted in some pixel type, with the shapes that reach two pixels far.
+void ExpectPlainLabelsOfLargeShapes(Random & random, cv::Mat1b const & mask)
+{
+    for (int number = 5; number < tests::kConnexityCount; ++number)
+    {
+        cv::Mat const image = tests::PaintMask(random, mask, RandomType(random));
+        SCOPED_TRACE(tests::Case(image.type(), image.size(), number));
+        ASSERT_TRUE(tests::EqualImages(Labelled(image, number), PlainLabels(mask, number)));
+    }
+}
+
+/// Labels the mask, painted in every pixel type, with the shapes of 4 and 8 neighbours.
 void ExpectPlainLabelsInEveryType(Random & random, cv::Mat1b const & mask)
 {
     std::vector<cv::Mat> expected;
     for (int const number : tests::kSmallConnexities)
     {
-        expected.push_back(tests::OracleLabels(tests::OracleZones(mask, number), mask.size(), CV_32SC1));
+        expected.push_back(PlainLabels(mask, number));
     }
     for (int const depth : tests::kDepths)
     {
@@ -67,6 +88,7 @@ TEST(LabelRuns, MatchThePlainWalkAtEveryWidthAroundAWord)
             {
                 SCOPED_TRACE(pattern.name);
                 ExpectPlainLabelsInEveryType(random, pattern.mask);
+                ExpectPlainLabelsOfLargeShapes(random, pattern.mask);
                 if (HasFatalFailure()) return;
             }
         }
@@ -80,11 +102,10 @@ TEST(LabelRuns, MatchThePlainWalkInViewsAndInEveryLabelDepth)
     {
         for (Pattern const & pattern : PatternsAndNoise(random, {cols, 7}))
         {
-            for (int const number : tests::kSmallConnexities)
+            for (int number = 0; number < tests::kConnexityCount; ++number)
             {
                 auto const zones = tests::OracleZones(pattern.mask, number);
-                int const type =
-                    CV_MAKETYPE(tests::kDepths[static_cast<std::size_t>(random.Below(6))], 1 + random.Below(4));
+                int const type = RandomType(random);
                 SCOPED_TRACE(tests::Case(type, pattern.mask.size(), number) + ", " + pattern.name);
                 tests::FramedImage image(tests::PaintMask(random, pattern.mask, type));
                 for (int const labelDepth : tests::kLabelDepths)
@@ -169,6 +190,8 @@ TEST(LabelRuns, MatchThePlainWalkOnLargerImages)
                 ASSERT_TRUE(tests::EqualImages(Labelled(pattern.mask, number, labelType), expected));
             }
         }
+        ExpectPlainLabelsOfLargeShapes(random, pattern.mask);
+        if (HasFatalFailure()) return;
     }
 }
 
@@ -183,8 +206,7 @@ TEST(LabelRuns, MatchThePlainWalkOnAWidePanoramaAndOnATallStrip)
             for (int const number : tests::kSmallConnexities)
             {
                 SCOPED_TRACE(tests::Case(CV_8UC1, size, number));
-                cv::Mat const expected = tests::OracleLabels(tests::OracleZones(mask, number), size, CV_32SC1);
-                ASSERT_TRUE(tests::EqualImages(Labelled(mask, number), expected));
+                ASSERT_TRUE(tests::EqualImages(Labelled(mask, number), PlainLabels(mask, number)));
             }
         }
     }
