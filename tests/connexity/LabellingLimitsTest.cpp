@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdint>
-#include <string>
 
 namespace morvane::connexity
 {
@@ -145,6 +145,14 @@ TEST(SlowLabelLimits, LabelsBeyondTwoGigabytes_AreWrittenToTheLastPixel)
         ASSERT_GT(labels.total() * labels.elemSize(), std::size_t{1} << 31U);
         ExpectSparseScene(labels);
     }
+}
+
+TEST(SlowLabelLimits, MorePixelsThan32BitsCount_AreLabelledToTheLastOne)
+{
+    cv::Mat image(66000, 66000, CV_8UC1);
+    ASSERT_GT(image.total(), std::size_t{1} << 32U);
+    DrawSparseScene(image);
+    ExpectSparseScene(Labelled(image, eConnexity8, CV_8UC1));
 }
 
 } // namespace
