@@ -4,6 +4,7 @@
 #include "support/CompareOracle.h"
 #include "support/ImageLiterals.h"
 #include "support/RandomImages.h"
+#include "support/Rows.h"
 #include "support/Snapshot.h"
 
 #include <gtest/gtest.h>
@@ -204,8 +205,8 @@ template <class T>
 void ExpectNaNComparesOnlyUnequal()
 {
     T const nan = std::numeric_limits<T>::quiet_NaN();
-    cv::Mat const left = (cv::Mat_<T>(1, 4) << nan, nan, T(1), T(1));
-    cv::Mat const right = (cv::Mat_<T>(1, 4) << nan, T(1), nan, T(1));
+    cv::Mat const left = Row<T>({nan, nan, T(1), T(1)});
+    cv::Mat const right = Row<T>({nan, T(1), nan, T(1)});
     std::array const images{"...1", "....", "...1", "....", "...1", "111."};
     std::array const numbers{"..11", "....", "..11", "....", "..11", "11.."};
     for (int code = 0; code < 6; ++code)
@@ -230,7 +231,7 @@ TEST(ImageCompare, TakesTheTrueOperandAtNaNOnlyForUnequal)
 TEST(ImageCompare, OrdersInfinitiesBeyondAllNumbersAndHoldsBothZerosEqual)
 {
     float const infinity = std::numeric_limits<float>::infinity();
-    cv::Mat const left = (cv::Mat_<float>(1, 5) << -infinity, -0.0F, 0.0F, 3e38F, infinity);
+    cv::Mat const left = Row<float>({-infinity, -0.0F, 0.0F, 3e38F, infinity});
     ExpectSelection(left, 0, 0.0, ".11..");
     ExpectSelection(left, 0, -0.0, ".11..");
     ExpectSelection(left, 5, -0.0, "1..11");
@@ -244,7 +245,7 @@ TEST(ImageCompare, OrdersInfinitiesBeyondAllNumbersAndHoldsBothZerosEqual)
 
 TEST(ImageCompare, ComparesIntegersWithFractionsAndNumbersOutsideTheirRange)
 {
-    cv::Mat const bytes = (cv::Mat_<uchar>(1, 5) << 0, 2, 3, 44, 255);
+    cv::Mat const bytes = Row<uchar>({0, 2, 3, 44, 255});
     ExpectSelection(bytes, 0, 2.5, ".....");
     ExpectSelection(bytes, 1, 2.5, "..111");
     ExpectSelection(bytes, 3, 2.5, "11...");
@@ -254,11 +255,11 @@ TEST(ImageCompare, ComparesIntegersWithFractionsAndNumbersOutsideTheirRange)
     ExpectSelection(bytes, 1, -0.5, "11111");
     ExpectSelection(bytes, 2, 254.5, "....1");
     ExpectSelection(bytes, 4, 1e300, "11111");
-    cv::Mat const words = (cv::Mat_<ushort>(1, 4) << 0, 1, 32768, 65535);
+    cv::Mat const words = Row<ushort>({0, 1, 32768, 65535});
     ExpectSelection(words, 1, 32767.5, "..11");
     ExpectSelection(words, 3, 65536.0, "1111");
     ExpectSelection(words, 0, -1.0, "....");
-    cv::Mat const shorts = (cv::Mat_<short>(1, 4) << -32768, -1, 0, 32767);
+    cv::Mat const shorts = Row<short>({-32768, -1, 0, 32767});
     ExpectSelection(shorts, 2, -1.5, ".111");
     ExpectSelection(shorts, 0, 65535.0, "....");
     ExpectSelection(shorts, 1, -32768.5, "1111");
@@ -266,7 +267,7 @@ TEST(ImageCompare, ComparesIntegersWithFractionsAndNumbersOutsideTheirRange)
 
 TEST(ImageCompare, ComparesLargeIntegersExactly)
 {
-    cv::Mat const left = (cv::Mat_<int>(1, 6) << INT_MIN, INT_MIN + 1, 16777216, 16777217, INT_MAX - 1, INT_MAX);
+    cv::Mat const left = Row<int>({INT_MIN, INT_MIN + 1, 16777216, 16777217, INT_MAX - 1, INT_MAX});
     ExpectSelection(left, 0, 16777217.0, "...1..");
     ExpectSelection(left, 1, 16777216.0, "...111");
     ExpectSelection(left, 0, 2147483647.0, ".....1");
@@ -276,14 +277,14 @@ TEST(ImageCompare, ComparesLargeIntegersExactly)
     ExpectSelection(left, 4, -2147483648.0, "1.....");
     ExpectSelection(left, 4, -2147483648.5, "......");
     ExpectSelection(left, 0, 4294967296.0 + 16777216.0, "......");
-    cv::Mat const right = (cv::Mat_<int>(1, 6) << INT_MAX, INT_MIN, 16777217, 16777216, INT_MAX, INT_MIN);
+    cv::Mat const right = Row<int>({INT_MAX, INT_MIN, 16777217, 16777216, INT_MAX, INT_MIN});
     ExpectSelection(left, 1, right, ".1.1.1");
     ExpectSelection(left, 3, right, "1.1.1.");
 }
 
 TEST(ImageCompare, ComparesSinglePrecisionWithDoublesExactly)
 {
-    cv::Mat const left = (cv::Mat_<float>(1, 3) << 0.1F, 0.5F, 16777216.0F);
+    cv::Mat const left = Row<float>({0.1F, 0.5F, 16777216.0F});
     ExpectSelection(left, 0, 0.1, "...");
     ExpectSelection(left, 1, 0.1, "111");
     ExpectSelection(left, 0, static_cast<double>(0.1F), "1..");
