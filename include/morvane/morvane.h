@@ -9,3 +9,4 @@
 #include <morvane/connexity/ConnectedZoneScan.h>
 #include <morvane/connexity/Connexity.h>
 #include <morvane/connexity/Labelling.h>
+#include <morvane/visual/ColorMaps.h>

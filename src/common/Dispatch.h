@@ -82,6 +82,25 @@ Result VisitLabel(cv::Mat const & labels, Leaf && leaf, std::type_identity_t<Res
     }
 }
 
+/// Calls @p leaf with the element type of @p labels, to read labels with their sign: `CV_16S` as short.
+template <class Leaf, class Result = decltype(std::declval<Leaf>().template operator()<uchar>())>
+Result VisitSignedLabel(cv::Mat const & labels, Leaf && leaf, std::type_identity_t<Result> refusal = {})
+{
+    switch (labels.depth())
+    {
+    case CV_8U:
+        return leaf.template operator()<uchar>();
+    case CV_16U:
+        return leaf.template operator()<ushort>();
+    case CV_16S:
+        return leaf.template operator()<short>();
+    case CV_32S:
+        return leaf.template operator()<int>();
+    default:
+        return refusal;
+    }
+}
+
 /// Calls @p leaf with the channel count of @p image, 1 to 4.
 template <class Leaf, class Result = decltype(std::declval<Leaf>().template operator()<1>())>
 Result VisitChannels(cv::Mat const & image, Leaf && leaf, std::type_identity_t<Result> refusal = {})
