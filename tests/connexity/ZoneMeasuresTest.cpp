@@ -289,6 +289,28 @@ TEST(ZoneMeasures, WrapIntegerSumsAround)
     ExpectEqualImages(ComputeColAcc(column.t()), Row<int>({0, sum}).t());
 }
 
+TEST(ZoneMeasures, SumLongRunsOfExtremes)
+{
+    for (int const depth : {CV_8U, CV_16U, CV_16S, CV_32S, CV_32F})
+    {
+        for (int const channels : kMeasuredChannels)
+        {
+            for (cv::Size const size : {cv::Size(70001, 1), cv::Size(1, 70001), cv::Size(263, 301)})
+            {
+                cv::Mat const labels(size, CV_16UC1, cv::Scalar(2));
+                double const most = depth == CV_32F ? 0.1 : 2147483647.0;
+                cv::Mat const values(size, CV_MAKETYPE(depth, channels), cv::Scalar::all(most));
+                for (Measure const measure : kMeasures)
+                {
+                    SCOPED_TRACE(NameOf(measure) + (" of " + Case(values.type(), size, 0)));
+                    ExpectTable(
+                        CallCompute(measure, labels, values, values), OracleTable(measure, labels, values, values));
+                }
+            }
+        }
+    }
+}
+
 TEST(ZoneMeasures, KeepTheStartAgainstValuesBeyondIt)
 {
     cv::Mat const labels = Draw<uchar>({"12"});

@@ -59,7 +59,7 @@ cv::Size RandomLabelSize(Random & random)
 {
     constexpr std::array kWidths{31, 32, 33, 63, 64, 65, 100, 200};
     int const width = random.Chance(0.6) ? random.Below(21) : kWidths[static_cast<std::size_t>(random.Below(8))];
-    return {width, random.Below(16)};
+    return {width, random.Chance(0.1) ? random.Below(90) : random.Below(16)};
 }
 
 } // namespace morvane::tests
