@@ -244,8 +244,8 @@ TEST(FlatZoneMeasureImages, WithAccumulationWritesNaNSumsAndLeavesZeroSumsZero)
         LabelFlatZonesNoZeroWithAccumulation(image, values, eConnexity4), Row<double>({nan, nan, 0, 0, nan, nan}));
     // The value of an empty pixel counts for no zone, and a negative zero is no sum.
     ExpectEqualImages(
-        LabelFlatZonesNoZeroWithAccumulation(Draw<uchar>({".1.2"}), Row<float>({7, 2, nan, -0.0F}), eConnexity4),
-        Row<float>({0, 2, 0, 0}));
+        LabelFlatZonesNoZeroWithAccumulation(Draw<uchar>({".1.2"}), Row<double>({7, 2, nan, -0.0}), eConnexity4),
+        Row<double>({0, 2, 0, 0}));
 }
 
 TEST(FlatZoneMeasureImages, WithAccumulationAddsInBreadthFirstOrder)
