@@ -111,10 +111,10 @@ template <class Merge, class Function, class T>
 cv::Mat MeasureLeaf(Labels labels, cv::Mat values, cv::Mat others)
 {
     using E = TableElement<T>;
-    MatchShapes(labels.image, values, others);
     int const channels = values.channels();
     cv::Mat table = NewTable(labels.rows, CV_MAKETYPE(cv::DataType<E>::depth, channels), Merge::kStart);
-    if (table.empty()) return table;
+    if (table.empty() || labels.image.empty()) return table;
+    MatchShapes(labels.image, values, others);
     bool const mayReorder = MayReorder<Merge, T>(values);
     for (int channel = 0; channel < channels; ++channel)
     {
