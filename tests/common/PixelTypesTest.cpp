@@ -150,8 +150,9 @@ TEST(DoublePixel, NormUnderflowsToEmptyAndOverflowsToFull)
     EXPECT_TRUE(IsNonZeroPixel(cv::Vec2d(1e200, -1e200)));
 }
 
-TEST(DoublePixel, NormSumsSquaresFromTheFirstChannelToTheLast)
+TYPED_TEST(FloatingPixel, NormIsSummedInDoubleFromTheFirstChannelToTheLast)
 {
+    using T = TypeParam;
     tests::Random random(3);
     int above = 0;
     for (int round = 0; round < 20000; ++round)
@@ -162,12 +163,13 @@ TEST(DoublePixel, NormSumsSquaresFromTheFirstChannelToTheLast)
         {
             direction[channel] = random.Unit() - 0.5;
         }
-        cv::Vec4d const pixel = direction * (1e-10 / cv::norm(direction));
+        cv::Vec<T, 4> const pixel = direction * (1e-10 / cv::norm(direction));
+        cv::Vec4d const wide = pixel;
         double sum = 0.0;
-        sum += pixel[0] * pixel[0];
-        sum += pixel[1] * pixel[1];
-        sum += pixel[2] * pixel[2];
-        sum += pixel[3] * pixel[3];
+        sum += wide[0] * wide[0];
+        sum += wide[1] * wide[1];
+        sum += wide[2] * wide[2];
+        sum += wide[3] * wide[3];
         bool const expected = std::sqrt(sum) > 1e-10;
         ASSERT_EQ(IsNonZeroPixel(pixel), expected) << pixel;
         above += expected ? 1 : 0;
