@@ -38,6 +38,7 @@ std::vector<Case> const & Cases()
              return benchmarks::RandomMask(side, 0.9);
          }},
         {"spiral", benchmarks::Spiral},
+        {"depth", benchmarks::DepthPanorama},
     };
     return cases;
 }

@@ -1,5 +1,9 @@
 #include "support/Images.h"
 
+#include "scansim/Scan.h"
+
+#include <morvane/connexity/Labelling.h>
+
 #include <opencv2/imgproc.hpp>
 
 #include <cstdint>
@@ -117,6 +121,36 @@ cv::Mat Spiral(int side)
         }
     }
     return image;
+}
+
+cv::Mat DepthPanorama(int side)
+{
+    scansim::ScanSettings settings;
+    settings.size = {side, side / 2};
+    cv::Mat const depth = scansim::Simulate(scansim::MakeYard(), scansim::YardStation(0), settings).depth;
+    cv::Mat square;
+    cv::vconcat(depth, depth, square);
+    return square;
+}
+
+cv::Mat RandomValues(int side, int type)
+{
+    cv::Mat values;
+    double const scale = type == CV_8UC1 ? 255.0 : type == CV_16UC1 ? 65535.0 : 1.0;
+    Noise(side).convertTo(values, type, scale);
+    return values;
+}
+
+cv::Mat ManyZones(int side)
+{
+    // Noise cut in the middle, smoothed until the zones have the wanted size.
+    cv::Mat noise = Noise(side);
+    cv::GaussianBlur(noise, noise, cv::Size(), 2.2, 2.2, cv::BORDER_REFLECT);
+    cv::Mat const mask = noise > cv::mean(noise)[0] + 0.012;
+    cv::Mat labels(side, side, CV_32SC1);
+    bool const done = morvane::connexity::Label(mask, morvane::connexity::eConnexity8, labels);
+    CV_Assert(done);
+    return labels;
 }
 
 } // namespace benchmarks

@@ -23,7 +23,14 @@ cv::Mat GreyBlobs(int side);
 /// or `CV_32FC1` in metres.
 cv::Mat Terrain(int side, int type);
 
-/// `CV_32FC1`, metres: the simulated panorama of a yard, 0 where nothing came back, stretched to a square.
+/// `CV_32FC1`, metres: the simulated panorama of a yard, twice as wide as high, 0 where nothing came back; laid into a
+/// square of the given side, the lower half of which repeats the upper.
 cv::Mat DepthPanorama(int side);
+
+/// `CV_8UC1` of random bytes, `CV_16UC1` of random numbers, or `CV_32FC1` from 0 to 1.
+cv::Mat RandomValues(int side, int type);
+
+/// `CV_32SC1`: the labels of some 20,000 zones on 2048 x 2048 pixels, a zone for each 200 pixels.
+cv::Mat ManyZones(int side);
 
 } // namespace benchmarks

@@ -15,10 +15,11 @@ namespace benchmarks
 /// @param name `Operator/who/case/size`, `who` being `morvane` or a peer
 /// @param prepare makes the inputs and returns the callable, whose result is looked at
 /// @param side the image has side x side pixels, reported as pixels per second
+/// @param bytes what is read and written, where that is reported as well
 template <class Prepare>
-void Time(std::string const & name, Prepare const & prepare, int side)
+void Time(std::string const & name, Prepare const & prepare, int side, std::int64_t bytes = 0)
 {
-    auto const run = [prepare, side](benchmark::State & state) {
+    auto const run = [prepare, side, bytes](benchmark::State & state) {
         auto work = prepare();
         for (auto _ : state)
         {
@@ -27,6 +28,7 @@ void Time(std::string const & name, Prepare const & prepare, int side)
             benchmark::ClobberMemory();
         }
         state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(side) * side);
+        if (bytes != 0) state.SetBytesProcessed(state.iterations() * bytes);
     };
     benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMillisecond);
 }

@@ -1,5 +1,7 @@
 #include "common/PixelSelection.h"
 
+#include <morvane/common/Conversions.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -14,10 +16,21 @@ namespace morvane::common
 namespace
 {
 
+/// No value at all. An interval of integers cannot be empty (see Answer), so that it is everything, seen from outside; one
+/// of floating-point numbers is crossed, since NaN lies outside of everything as well.
 template <Element T>
 constexpr Interval<T> Nothing()
 {
-    return {std::numeric_limits<T>::max(), std::numeric_limits<T>::lowest(), false};
+    constexpr T kLowest = std::numeric_limits<T>::lowest();
+    constexpr T kHighest = std::numeric_limits<T>::max();
+    if constexpr (std::floating_point<T>)
+    {
+        return {kHighest, kLowest, false};
+    }
+    else
+    {
+        return {kLowest, kHighest, true};
+    }
 }
 
 /// The least value that is greater than the number, or, where @p orEqual, not less. False where there is none.
@@ -101,7 +114,21 @@ Interval<T> ValuesEqualTo(double number)
 template <Relation R, Element T>
 bool Answer(Comparison<T> const & row, int x)
 {
-    if constexpr (R == Relation::Inside) return row.values[x] >= row.interval.low && row.values[x] <= row.interval.high;
+    if constexpr (R == Relation::Inside && std::integral<T>)
+    {
+        // One comparison for both ends: below the low one, the difference wraps.
+        using Unsigned = std::make_unsigned_t<T>;
+        auto const low = static_cast<Unsigned>(row.interval.low);
+        auto const width = static_cast<Unsigned>(static_cast<Unsigned>(row.interval.high) - low);
+        return static_cast<Unsigned>(static_cast<Unsigned>(row.values[x]) - low) <= width;
+    }
+    if constexpr (R == Relation::Inside)
+    {
+        // Both ends are looked at, so that no branch comes between them.
+        auto const isFromLow = static_cast<unsigned>(row.values[x] >= row.interval.low);
+        auto const isToHigh = static_cast<unsigned>(row.values[x] <= row.interval.high);
+        return (isFromLow & isToHigh) != 0;
+    }
     if constexpr (R == Relation::Equal) return row.values[x] == row.others[x];
     if constexpr (R == Relation::Greater) return row.values[x] > row.others[x];
     return row.values[x] >= row.others[x];
@@ -189,23 +216,60 @@ void CompareBlock(Comparison<T> const & row, int start, int count, Answers & ans
     }
 }
 
-/// A pixel of a size that no integer has.
-template <std::size_t Size>
-using Bytes = std::array<uchar, Size>;
+/// The first address where @p answer is 1, the second where it is 0.
+template <class E>
+E const * Chosen(std::uint64_t answer, E const * one, E const * other)
+{
+    auto const whenTrue = reinterpret_cast<std::uintptr_t>(one);
+    auto const whenFalse = reinterpret_cast<std::uintptr_t>(other);
+    std::uintptr_t const mask = WrapTo<std::uintptr_t>(0U - answer);
+    return reinterpret_cast<E const *>(whenFalse ^ ((whenTrue ^ whenFalse) & mask));
+}
 
-template <class P>
+/// Selects pixels of N elements, each as wide as the integer E.
+template <class E, int N>
 void SelectBlock(
     Answers const & answers, int start, int count, Source const & whenTrue, Source const & whenFalse, uchar * output)
 {
-    VisitSources<P>(whenTrue, whenFalse, [&](auto const & first, auto const & second) {
-        auto * const pixels = reinterpret_cast<P *>(output);
+    // A constant source stands still while the other moves on.
+    auto const stepOf = [](Source const & source) {
+        return source.isConstant ? 0 : N;
+    };
+    auto const startOf = [&](Source const & source) {
+        return reinterpret_cast<E const *>(source.pixels) + static_cast<std::ptrdiff_t>(start) * stepOf(source);
+    };
+    auto const select = [&](auto const trueStep, auto const falseStep) {
+        E const * one = startOf(whenTrue);
+        E const * other = startOf(whenFalse);
+        E * pixel = reinterpret_cast<E *>(output) + static_cast<std::ptrdiff_t>(start) * N;
         for (int x = 0; x < count; ++x)
         {
-            P const one = first(start + x);
-            P const other = second(start + x);
-            pixels[start + x] = answers[static_cast<std::size_t>(x)] != 0 ? one : other;
+            // No branch, as answers cannot be predicted: single elements are blended, of others the address is.
+            std::uint64_t const answer = answers[static_cast<std::size_t>(x)] & 1U;
+            if constexpr (N == 1)
+            {
+                auto const mask = WrapTo<E>(0U - answer);
+                *pixel = static_cast<E>(*other ^ ((*one ^ *other) & mask));
+            }
+            else
+            {
+                std::memcpy(pixel, Chosen(answer, one, other), N * sizeof(E));
+            }
+            one += trueStep;
+            other += falseStep;
+            pixel += N;
         }
-    });
+    };
+    std::integral_constant<int, 0> const still;
+    std::integral_constant<int, N> const moving;
+    if (whenTrue.isConstant && whenFalse.isConstant)
+        select(still, still);
+    else if (whenTrue.isConstant)
+        select(still, moving);
+    else if (whenFalse.isConstant)
+        select(moving, still);
+    else
+        select(moving, moving);
 }
 
 using BlockSelector = void (*)(Answers const &, int, int, Source const &, Source const &, uchar *);
@@ -215,25 +279,25 @@ BlockSelector SelectorFor(std::size_t pixelSize)
     switch (pixelSize)
     {
     case 1:
-        return SelectBlock<std::uint8_t>;
+        return SelectBlock<std::uint8_t, 1>;
     case 2:
-        return SelectBlock<std::uint16_t>;
+        return SelectBlock<std::uint16_t, 1>;
     case 3:
-        return SelectBlock<Bytes<3>>;
+        return SelectBlock<std::uint8_t, 3>;
     case 4:
-        return SelectBlock<std::uint32_t>;
+        return SelectBlock<std::uint32_t, 1>;
     case 6:
-        return SelectBlock<Bytes<6>>;
+        return SelectBlock<std::uint16_t, 3>;
     case 8:
-        return SelectBlock<std::uint64_t>;
+        return SelectBlock<std::uint64_t, 1>;
     case 12:
-        return SelectBlock<Bytes<12>>;
+        return SelectBlock<std::uint32_t, 3>;
     case 16:
-        return SelectBlock<Bytes<16>>;
+        return SelectBlock<std::uint64_t, 2>;
     case 24:
-        return SelectBlock<Bytes<24>>;
+        return SelectBlock<std::uint64_t, 3>;
     default:
-        return SelectBlock<Bytes<32>>;
+        return SelectBlock<std::uint64_t, 4>;
     }
 }
 
@@ -246,7 +310,7 @@ Interval<T> IntervalOf(int comparison, double number)
     if (comparison == 5)
     {
         Interval<T> interval = isNaN ? Nothing<T>() : ValuesEqualTo<T>(number);
-        interval.isOutside = true;
+        interval.isOutside = !interval.isOutside;
         return interval;
     }
     T bound{};

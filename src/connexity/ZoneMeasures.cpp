@@ -3,6 +3,9 @@
 #include "common/Dispatch.h"
 #include "connexity/ZoneTables.h"
 
+#include <algorithm>
+#include <cstdint>
+
 namespace morvane::connexity
 {
 
@@ -10,6 +13,7 @@ using common::IsRaster;
 using common::IsSingleChannel;
 using common::VisitElement;
 using common::VisitSignedLabel;
+using common::WrapTo;
 using namespace measure_internals;
 
 namespace measure_internals
@@ -23,7 +27,7 @@ std::optional<Labels> PrepareLabels(cv::Mat const & labels)
         if (!labels.empty()) cv::minMaxIdx(labels, &smallest, &largest);
         auto const last = static_cast<Label>(std::max(largest, 0.0));
         // In the type of the labels, wrap-around and all.
-        int const rows = common::WrapTo<Label>(static_cast<unsigned>(last) + 1U);
+        int const rows = WrapTo<Label>(static_cast<unsigned>(last) + 1U);
 
         Labels ready{labels, rows};
         if (labels.depth() != CV_32S) labels.convertTo(ready.image, CV_32S);
@@ -69,21 +73,26 @@ cv::Mat NewTable(int rows, int type, double start)
     return table;
 }
 
-/// Measures a position: each pixel's value is a function of its row and its column.
-template <class Merge, class ValueAt>
-cv::Mat MeasurePositions(cv::Mat const & image, ValueAt const & valueAt)
+/// Measures areas and positions, for which a run of pixels counts as a whole.
+template <class Merge, class ValueOfRun>
+cv::Mat MeasureRuns(cv::Mat const & image, ValueOfRun const & valueOfRun)
 {
     if (!IsRaster(image) || !IsSingleChannel(image)) return {};
     auto const labels = PrepareLabels(image);
     if (!labels) return {};
     cv::Mat table = NewTable(labels->rows, CV_32SC1, Merge::kStart);
     if (table.empty()) return table;
-    FillTable<Merge>(*labels, true, table.ptr<int>(), 1, [&](int y) {
-        return [y, &valueAt](int x) {
-            return valueAt(y, x);
-        };
-    });
+    FillTableFromRuns<Merge>(*labels, table.ptr<int>(), valueOfRun);
     return table;
+}
+
+/// The sum of the columns of a run, wrapping.
+int SumOfColumns(int start, int end)
+{
+    // The first and the last make a pair, and so on; one of the factors is even.
+    auto const count = static_cast<std::int64_t>(end) - start;
+    auto const pair = static_cast<std::int64_t>(start) + end - 1;
+    return WrapTo<int>(count * pair / 2);
 }
 
 /// A value as it is.
@@ -147,7 +156,7 @@ cv::Mat MeasureValues(cv::Mat const & image, cv::Mat const & values, cv::Mat con
 
 cv::Mat ComputeArea(cv::Mat const & labels)
 {
-    return MeasurePositions<Sum>(labels, [](int, int) { return 1; });
+    return MeasureRuns<Sum>(labels, [](int, int start, int end) { return end - start; });
 }
 
 cv::Mat ComputeAccumulation(cv::Mat const & labels, cv::Mat const & values)
@@ -178,32 +187,32 @@ cv::Mat ComputeMin(cv::Mat const & labels, cv::Mat const & values)
 
 cv::Mat ComputeRowAcc(cv::Mat const & labels)
 {
-    return MeasurePositions<Sum>(labels, [](int y, int) { return y; });
+    return MeasureRuns<Sum>(labels, [](int y, int start, int end) { return Times(y, end - start); });
 }
 
 cv::Mat ComputeColAcc(cv::Mat const & labels)
 {
-    return MeasurePositions<Sum>(labels, [](int, int x) { return x; });
+    return MeasureRuns<Sum>(labels, [](int, int start, int end) { return SumOfColumns(start, end); });
 }
 
 cv::Mat ComputeRowMax(cv::Mat const & labels)
 {
-    return MeasurePositions<Largest>(labels, [](int y, int) { return y; });
+    return MeasureRuns<Largest>(labels, [](int y, int, int) { return y; });
 }
 
 cv::Mat ComputeRowMin(cv::Mat const & labels)
 {
-    return MeasurePositions<Smallest>(labels, [](int y, int) { return y; });
+    return MeasureRuns<Smallest>(labels, [](int y, int, int) { return y; });
 }
 
 cv::Mat ComputeColMax(cv::Mat const & labels)
 {
-    return MeasurePositions<Largest>(labels, [](int, int x) { return x; });
+    return MeasureRuns<Largest>(labels, [](int, int, int end) { return end - 1; });
 }
 
 cv::Mat ComputeColMin(cv::Mat const & labels)
 {
-    return MeasurePositions<Smallest>(labels, [](int, int x) { return x; });
+    return MeasureRuns<Smallest>(labels, [](int, int start, int) { return start; });
 }
 
 } // namespace morvane::connexity

@@ -5,13 +5,17 @@
 #include <morvane/common/Conversions.h>
 #include <morvane/common/PixelTypes.h>
 
+#include "common/BitImage.h"
+
 #include <opencv2/core.hpp>
 
 #include <algorithm>
 #include <array>
-#include <cmath>
+#include <bit>
 #include <concepts>
 #include <cstddef>
+#include <cstdint>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -153,19 +157,57 @@ void FillTable(Labels const & labels, bool mayReorder, E * table, std::size_t st
     }
 }
 
+/// Fills a table from runs of equal labels: `entry[label] = merge(entry[label], value(y, start, end))` for each run.
+///
+/// @param labels made ready
+/// @param table of `int`
+/// @param valueOfRun what a run in row y from column start to before column end counts
+template <class Merge, class ValueOfRun>
+void FillTableFromRuns(Labels const & labels, int * table, ValueOfRun const & valueOfRun)
+{
+    int const cols = labels.image.cols;
+    common::BitImage borders(1, cols);
+    std::vector<int> entries(static_cast<std::size_t>(labels.rows), static_cast<int>(Merge::kStart));
+    for (int y = 0; y < labels.image.rows; ++y)
+    {
+        int const * const row = labels.image.ptr<int>(y);
+        // Bit x: the label after column x is another.
+        common::FillBits(cols - 1, borders.Row(0), [row](int x) { return row[x] != row[x + 1]; });
+        int start = 0;
+        auto const finish = [&](int end) {
+            int & entry = entries[static_cast<std::size_t>(row[start])];
+            entry = Merge::Merge(entry, valueOfRun(y, start, end));
+            start = end;
+        };
+        for (int index = 0; index < borders.WordsPerRow(); ++index)
+        {
+            common::ForEachBit(
+                borders.Row(0)[index], [&](int bit) { finish(index * common::BitImage::kWordBits + bit + 1); });
+        }
+        if (cols > 0) finish(cols);
+    }
+    for (std::size_t label = 1; label < entries.size(); ++label)
+    {
+        table[label] = entries[label];
+    }
+}
+
 /// Tells whether a floating-point image holds a value for which the order of maxima counts: NaN, or a zero with a sign.
-template <class T>
+template <std::floating_point T>
 bool HoldsOrderedValue(cv::Mat const & values)
 {
+    // Looked at as integers, so that the loop compiles to SIMD: a NaN lies beyond infinity.
+    using Bits = std::conditional_t<sizeof(T) == 4, std::int32_t, std::int64_t>;
+    constexpr auto kInfinity = std::bit_cast<Bits>(std::numeric_limits<T>::infinity());
+    constexpr Bits kNegativeZero = std::numeric_limits<Bits>::min();
     for (int y = 0; y < values.rows; ++y)
     {
-        T const * const row = values.ptr<T>(y);
-        int found = 0;
+        auto const * const row = values.ptr<Bits>(y);
+        Bits found = 0;
         for (int x = 0; x < values.cols * values.channels(); ++x)
         {
-            T const value = row[x];
-            found |= static_cast<int>(value != value) |
-                     (static_cast<int>(value == 0) & static_cast<int>(std::signbit(value)));
+            Bits const bits = row[x];
+            found |= static_cast<Bits>(bits == kNegativeZero) | static_cast<Bits>((bits & ~kNegativeZero) > kInfinity);
         }
         if (found != 0) return true;
     }
