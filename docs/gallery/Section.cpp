@@ -39,12 +39,12 @@ Studio::Studio(Page & page, std::filesystem::path program)
     , m_program(std::move(program))
 {}
 
-void Studio::Save(std::string const & file, cv::Mat const & image)
+void Save(std::string const & file, cv::Mat const & image)
 {
     if (!cv::imwrite(file, image)) throw std::runtime_error(file + ": cannot be written");
 }
 
-std::filesystem::path Studio::Show(std::string const & name, cv::Mat const & image, Look look)
+std::filesystem::path Show(std::string const & name, cv::Mat const & image, Look look)
 {
     std::string const file = name + "-preview.png";
     Save(file, Preview(image, look));

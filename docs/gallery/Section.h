@@ -15,6 +15,12 @@
 namespace gallery
 {
 
+/// Writes an image for the steps to read. @throws std::runtime_error when that fails
+void Save(std::string const & file, cv::Mat const & image);
+
+/// Writes a preview of an image. @return the name of the picture, made from @p name
+std::filesystem::path Show(std::string const & name, cv::Mat const & image, Look look);
+
 /// What sections draw with. The working folder is the page's: files are named as they are in it.
 class Studio
 {
@@ -28,12 +34,6 @@ public:
 
     /// 1, 2, 3...: for names of files.
     [[nodiscard]] int NextNumber() { return ++m_number; }
-
-    /// Writes an image for the steps to read. @throws std::runtime_error when that fails
-    static void Save(std::string const & file, cv::Mat const & image);
-
-    /// Writes a preview of an image. @return the name of the picture, made from @p name
-    static std::filesystem::path Show(std::string const & name, cv::Mat const & image, Look look);
 
     /// Runs the program and puts the step on the page.
     ///

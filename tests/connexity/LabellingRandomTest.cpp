@@ -174,7 +174,7 @@ TEST(LabelRandom, TurningAPanorama_KeepsTheZonesOfWrappedShapes)
         for (int const turn : {1, 2, 31, 63, 64, 65, 100})
         {
             cv::Mat1b const mask = tests::RandomMask(random, {140, 15}, wrapped < 5 ? 0.5 : 0.15);
-            auto const turned = [turn](cv::Mat const & image, int by) {
+            auto const turned = [](cv::Mat const & image, int by) {
                 cv::Mat result;
                 cv::hconcat(image.colRange(by, image.cols), image.colRange(0, by), result);
                 return result;

@@ -41,9 +41,9 @@ void DrawZones(Studio & studio)
 
     Scan const yard = Simulate(MakeYard(), YardStation(0), {});
     cv::Mat const objects = ObjectsOf(yard);
-    studio.Save("yard_objects.tif", objects);
+    Save("yard_objects.tif", objects);
     Figure const shown{
-        studio.Show("yard_objects", objects, Look::Relief), "Depth of everything 35 cm or more above the ground"};
+        Show("yard_objects", objects, Look::Relief), "Depth of everything 35 cm or more above the ground"};
     LabelStep(
         studio, "Things in a yard",
         "Once the ground is gone, each thing that stands free is a zone. The shed and the blocks at the left border "

@@ -16,15 +16,15 @@ using namespace scansim;
 /// Writes the images of a scan and shows those that tell most.
 void ShowScan(Studio & studio, std::string const & name, Scan const & scan, TopView const & above)
 {
-    studio.Save(name + "_colour.png", scan.colour);
-    studio.Save(name + "_intensity.png", scan.intensity);
-    studio.Save(name + "_depth.tif", scan.depth);
-    studio.Save(name + "_elevation.tif", above.elevation);
+    Save(name + "_colour.png", scan.colour);
+    Save(name + "_intensity.png", scan.intensity);
+    Save(name + "_depth.tif", scan.depth);
+    Save(name + "_elevation.tif", above.elevation);
     studio.ThePage().AddFigures({
         {name + "_colour.png", "Colour, 8-bit: the full circle, so that the left and the right border meet"},
-        {studio.Show(name + "_intensity", scan.intensity, Look::Grey), "Intensity of the echo, 16-bit"},
-        {studio.Show(name + "_depth", scan.depth, Look::Relief), "Depth in metres, float: dark blue is near"},
-        {studio.Show(name + "_elevation", above.elevation, Look::Relief),
+        {Show(name + "_intensity", scan.intensity, Look::Grey), "Intensity of the echo, 16-bit"},
+        {Show(name + "_depth", scan.depth, Look::Relief), "Depth in metres, float: dark blue is near"},
+        {Show(name + "_elevation", above.elevation, Look::Relief),
          "Elevation from above in metres, float: shadows and the place under the scanner are empty"},
     });
 }
@@ -47,8 +47,8 @@ void DrawUserImage(Studio & studio, UserImage const & own)
 {
     studio.ThePage().BeginSection("The image", own.file.filename().string());
     studio.ThePage().AddFigures({
-        {studio.Show("own-grey", own.image, Look::Grey), "As it is; empty pixels have the darkest tone"},
-        {studio.Show("own-relief", own.image, Look::Relief), "Dark blue is low, yellow is high"},
+        {Show("own-grey", own.image, Look::Grey), "As it is; empty pixels have the darkest tone"},
+        {Show("own-relief", own.image, Look::Relief), "Dark blue is low, yellow is high"},
     });
 }
 

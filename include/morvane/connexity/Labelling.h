@@ -24,20 +24,19 @@ namespace morvane::connexity
 /// A zone is a connected component of pixels that are not empty (see common::IsNonZeroPixel()), whatever their values.
 /// Zones are numbered from 1 in the raster order of their first pixels; 0 means no zone.
 ///
-/// | array    | shape         | depths                                             | channels | values |
-/// |----------|---------------|----------------------------------------------------|----------|--------|
-/// | `image`  | rows x cols   | `CV_8U`, `CV_16U`, `CV_16S`, `CV_32S`, `CV_32F`, `CV_64F` | 1 to 4   | any; NaN counts
-/// as empty | | `labels` | rows x cols, made by the caller | `CV_8U`, `CV_16U`, `CV_16S`, `CV_32S` | 1 | 0 or a label |
+/// | array    | shape       | depths                                                    | channels | values              |
+/// |----------|-------------|-----------------------------------------------------------|----------|---------------------|
+/// | `image`  | rows x cols | `CV_8U`, `CV_16U`, `CV_16S`, `CV_32S`, `CV_32F`, `CV_64F` | 1 to 4   | any; NaN is empty   |
+/// | `labels` | rows x cols | `CV_8U`, `CV_16U`, `CV_16S`, `CV_32S`; the caller's       | 1        | 0 or a zone's label |
 ///
 /// @param image the image; may be empty (0 rows or columns), may be a view with gaps between its rows
 /// @param connexity the neighbourhood; with a value outside the table each measured pixel is a zone of its own. Wrapped
 ///        shapes join the first and the last column; on an image narrower than an offset, neighbours that are still
 ///        outside after one wrap are skipped.
 /// @param labels overwritten whole, never reallocated. Its depth selects the label type. Numbering wraps silently at
-/// the
-///        limit of the type: in `CV_8U`, zone 256 gets 0 and zone 257 gets 1; `CV_16S` takes the bit pattern of the
-///        unsigned number, so that label 40000 reads as -25536. Its channels are not checked: in a wider image every
-///        element is zeroed and labels land in the first `cols` elements of each row.
+///        the limit of the type: in `CV_8U`, zone 256 gets 0 and zone 257 gets 1; `CV_16S` takes the bit pattern of
+///        the unsigned number, so that label 40000 reads as -25536. Its channels are not checked: in a wider image
+///        every element is zeroed and labels land in the first `cols` elements of each row.
 /// @return true when the labels were written. False, with `labels` untouched, when the sizes differ, the image has a
 ///         refused depth, the labels have a refused depth, or the image has more than 4 channels, looked at in this
 ///         order; also for matrices of more than two dimensions.
@@ -105,8 +104,7 @@ LabelFlatZonesNoZero(cv::Mat const & image, cv::Mat const & second, eConnexityTy
 /// @param image the image, 1 to 4 channels
 /// @param connexity the neighbourhood
 /// @param delta the bound, inclusive, in units of the image. For one channel of an integer type it is cut to an `int`
-/// of
-///        which the low bits of the type are kept: on `CV_8U`, 2.9 is 2, 256.0 is 0, and -1.0 is 255, which joins
+///        of which the low bits of the type are kept: on `CV_8U`, 2.9 is 2, 256.0 is 0, and -1.0 is 255, which joins
 ///        everything. A negative delta joins nothing on a floating-point image.
 /// @param labels overwritten whole, never reallocated
 /// @return as for Label()
@@ -181,8 +179,7 @@ LabelDeltaFlatZonesNoZero(cv::Mat const & image, eConnexityType const & connexit
 /// @param area a zone is kept when it has more pixels; 0 keeps all, a negative number drops all
 /// @param labels overwritten whole, never reallocated; otherwise as for Label()
 /// @return as for LabelDeltaFlatZonesNoZero() of two images: **also true on a refused depth of the labels and on more
-/// than
-///         4 channels**, with `labels` untouched
+///         than 4 channels**, with `labels` untouched
 /// @throws as for Label()
 ///
 /// Cost, threads and aliasing as for Label(), and 4 more bytes for each run of pixels.
@@ -203,8 +200,7 @@ LabelDeltaFlatZonesNoZero(cv::Mat const & image, eConnexityType const & connexit
 /// @param connexity the neighbourhood
 /// @param count the number of zones; 0 when there is none
 /// @return true when the count was written; false, with `count` untouched, when the image has more than one channel,
-/// more
-///         than two dimensions or a refused depth
+///         more than two dimensions or a refused depth
 /// @throws as for Label()
 ///
 /// Cost as for Label(), without the labels. One thread.
