@@ -50,7 +50,7 @@ cv::Mat PlainMax(cv::Mat const & labels, cv::Mat const & values)
 }
 
 template <class Work>
-void TimeOnLabels(std::string const & name, int side, Work const & work)
+void TimeOnLabels(std::string const & name, int side, Work work)
 {
     benchmarks::Time(
         name,
@@ -63,7 +63,7 @@ void TimeOnLabels(std::string const & name, int side, Work const & work)
 }
 
 template <class Work>
-void TimeOnValues(std::string const & name, int side, int type, Work const & work)
+void TimeOnValues(std::string const & name, int side, int type, Work work)
 {
     benchmarks::Time(
         name,

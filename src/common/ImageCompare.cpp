@@ -39,33 +39,25 @@ bool IsAccepted(
     cv::Mat const & left, RightOperand const & right, Choice const & whenTrue, Choice const & whenFalse,
     cv::Mat const & output)
 {
-    auto const isImage = [](Choice const & choice) {
-        return choice.image != nullptr;
+    auto const fits = [](cv::Mat const * image, auto const & rule) {
+        return image == nullptr || rule(*image);
     };
-    if (!IsRaster(left) || !IsRaster(output)) return false;
-    if (right.image != nullptr && !IsRaster(*right.image)) return false;
-    for (Choice const * choice : {&whenTrue, &whenFalse})
-    {
-        if (isImage(*choice) && !IsRaster(*choice->image)) return false;
-    }
+    auto const rightFits = [&](auto const & rule) {
+        return fits(right.image, rule);
+    };
+    auto const choicesFit = [&](auto const & rule) {
+        return fits(whenTrue.image, rule) && fits(whenFalse.image, rule);
+    };
+    auto const hasTotal = [&](cv::Mat const & image) {
+        return image.total() == left.total();
+    };
 
-    if (!IsSingleChannel(left) || (right.image != nullptr && !IsSingleChannel(*right.image))) return false;
-    for (Choice const * choice : {&whenTrue, &whenFalse})
-    {
-        if (isImage(*choice) && choice->image->channels() != output.channels()) return false;
-    }
-    if (output.total() != left.total() || (right.image != nullptr && right.image->total() != left.total()))
-        return false;
-    for (Choice const * choice : {&whenTrue, &whenFalse})
-    {
-        if (isImage(*choice) && choice->image->total() != left.total()) return false;
-    }
-    if (right.image != nullptr && right.image->depth() != left.depth()) return false;
-    for (Choice const * choice : {&whenTrue, &whenFalse})
-    {
-        if (isImage(*choice) && choice->image->depth() != output.depth()) return false;
-    }
-    return true;
+    if (!IsRaster(left) || !IsRaster(output) || !rightFits(IsRaster) || !choicesFit(IsRaster)) return false;
+    if (!IsSingleChannel(left) || !rightFits(IsSingleChannel)) return false;
+    if (!choicesFit([&](cv::Mat const & image) { return image.channels() == output.channels(); })) return false;
+    if (!hasTotal(output) || !rightFits(hasTotal) || !choicesFit(hasTotal)) return false;
+    if (!rightFits([&](cv::Mat const & image) { return image.depth() == left.depth(); })) return false;
+    return choicesFit([&](cv::Mat const & image) { return image.depth() == output.depth(); });
 }
 
 /// The image with its pixels, in raster order, in as many rows as @p shape has; a copy where they have gaps between them.
@@ -119,11 +111,11 @@ public:
         Source const whenFalse = SourceOf(m_whenFalse, m_falsePixel, y);
         if (std::is_same_v<T, Out> && m_output.channels() == 1)
         {
-            SelectValues<T>(row, whenTrue, whenFalse, m_output.ptr(y), m_left.cols);
+            RowSelection<T>::SelectValues(row, whenTrue, whenFalse, m_output.ptr(y), m_left.cols);
         }
         else
         {
-            SelectPixels<T>(row, whenTrue, whenFalse, m_output.ptr(y), m_left.cols, m_output.elemSize());
+            RowSelection<T>::SelectPixels(row, whenTrue, whenFalse, m_output.ptr(y), m_left.cols, m_output.elemSize());
         }
     }
 
@@ -314,7 +306,7 @@ bool ConvertToGrayScale(cv::Mat const & image, cv::Mat & grey)
         for (int y = 0; y < source.rows; ++y)
         {
             T const * const values = source.ptr<T>(y);
-            uchar * const row = grey.ptr<uchar>(y);
+            auto * const row = grey.ptr<uchar>(y);
             for (int x = 0; x < source.cols; ++x)
             {
                 row[x] = TruncateTo<uchar>(static_cast<double>(values[x]) * scale);

@@ -4,111 +4,15 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <concepts>
 #include <cstdint>
 #include <cstring>
-#include <limits>
 
 namespace morvane::common
 {
 
 namespace
 {
-
-/// No value at all. An interval of integers cannot be empty (see Answer), so that it is everything, seen from outside; one
-/// of floating-point numbers is crossed, since NaN lies outside of everything as well.
-template <Element T>
-constexpr Interval<T> Nothing()
-{
-    constexpr T kLowest = std::numeric_limits<T>::lowest();
-    constexpr T kHighest = std::numeric_limits<T>::max();
-    if constexpr (std::floating_point<T>)
-    {
-        return {kHighest, kLowest, false};
-    }
-    else
-    {
-        return {kLowest, kHighest, true};
-    }
-}
-
-/// The least value that is greater than the number, or, where @p orEqual, not less. False where there is none.
-template <Element T>
-bool LeastAbove(double number, bool orEqual, T & least)
-{
-    if constexpr (std::floating_point<T>)
-    {
-        constexpr T kInfinity = std::numeric_limits<T>::infinity();
-        // Out of the range of float, the nearest is an infinity.
-        T value = number > static_cast<double>(std::numeric_limits<T>::max())      ? kInfinity
-                  : number < static_cast<double>(std::numeric_limits<T>::lowest()) ? -kInfinity
-                                                                                   : static_cast<T>(number);
-        auto const passes = [&](T candidate) {
-            return orEqual ? static_cast<double>(candidate) >= number : static_cast<double>(candidate) > number;
-        };
-        if (!passes(value)) value = std::nextafter(value, kInfinity);
-        if (!passes(value)) return false;
-        least = value;
-        return true;
-    }
-    else
-    {
-        double const whole = orEqual ? std::ceil(number) : std::floor(number) + 1.0;
-        if (whole > static_cast<double>(std::numeric_limits<T>::max())) return false;
-        double const lowest = static_cast<double>(std::numeric_limits<T>::lowest());
-        least = static_cast<T>(std::max(whole, lowest));
-        return true;
-    }
-}
-
-/// The greatest value that is less than the number, or, where @p orEqual, not greater. False where there is none.
-template <Element T>
-bool GreatestBelow(double number, bool orEqual, T & greatest)
-{
-    if constexpr (std::floating_point<T>)
-    {
-        T mirrored{};
-        if (!LeastAbove<T>(-number, orEqual, mirrored)) return false;
-        greatest = -mirrored;
-        return true;
-    }
-    else
-    {
-        double const whole = orEqual ? std::floor(number) : std::ceil(number) - 1.0;
-        if (whole < static_cast<double>(std::numeric_limits<T>::lowest())) return false;
-        double const highest = static_cast<double>(std::numeric_limits<T>::max());
-        greatest = static_cast<T>(std::min(whole, highest));
-        return true;
-    }
-}
-
-template <Element T>
-constexpr T Lowest()
-{
-    if constexpr (std::floating_point<T>)
-        return -std::numeric_limits<T>::infinity();
-    else
-        return std::numeric_limits<T>::lowest();
-}
-
-template <Element T>
-constexpr T Highest()
-{
-    if constexpr (std::floating_point<T>)
-        return std::numeric_limits<T>::infinity();
-    else
-        return std::numeric_limits<T>::max();
-}
-
-template <Element T>
-Interval<T> ValuesEqualTo(double number)
-{
-    T low{};
-    T high{};
-    if (!LeastAbove<T>(number, true, low) || !GreatestBelow<T>(number, true, high) || low > high) return Nothing<T>();
-    return {low, high, false};
-}
 
 /// The answers of a comparison, one after the other.
 template <Relation R, Element T>
@@ -146,9 +50,13 @@ struct Reader
     P operator()(int x) const
     {
         if constexpr (IsConstant)
+        {
             return constant;
+        }
         else
+        {
             return pixels[x];
+        }
     }
 
     P const * pixels;
@@ -161,14 +69,22 @@ void VisitSources(Source const & whenTrue, Source const & whenFalse, Leaf && lea
 {
     auto const withTrue = [&](auto const & first) {
         if (whenFalse.isConstant)
+        {
             leaf(first, Reader<P, true>(whenFalse));
+        }
         else
+        {
             leaf(first, Reader<P, false>(whenFalse));
+        }
     };
     if (whenTrue.isConstant)
+    {
         withTrue(Reader<P, true>(whenTrue));
+    }
     else
+    {
         withTrue(Reader<P, false>(whenTrue));
+    }
 }
 
 template <Relation R, Element T>
@@ -216,14 +132,12 @@ void CompareBlock(Comparison<T> const & row, int start, int count, Answers & ans
     }
 }
 
-/// The first address where @p answer is 1, the second where it is 0.
 template <class E>
-E const * Chosen(std::uint64_t answer, E const * one, E const * other)
+E Load(uchar const * bytes)
 {
-    auto const whenTrue = reinterpret_cast<std::uintptr_t>(one);
-    auto const whenFalse = reinterpret_cast<std::uintptr_t>(other);
-    std::uintptr_t const mask = WrapTo<std::uintptr_t>(0U - answer);
-    return reinterpret_cast<E const *>(whenFalse ^ ((whenTrue ^ whenFalse) & mask));
+    E value;
+    std::memcpy(&value, bytes, sizeof(E));
+    return value;
 }
 
 /// Selects pixels of N elements, each as wide as the integer E.
@@ -231,45 +145,54 @@ template <class E, int N>
 void SelectBlock(
     Answers const & answers, int start, int count, Source const & whenTrue, Source const & whenFalse, uchar * output)
 {
+    constexpr std::ptrdiff_t kSize = N * sizeof(E);
     // A constant source stands still while the other moves on.
-    auto const stepOf = [](Source const & source) {
-        return source.isConstant ? 0 : N;
-    };
     auto const startOf = [&](Source const & source) {
-        return reinterpret_cast<E const *>(source.pixels) + static_cast<std::ptrdiff_t>(start) * stepOf(source);
+        return source.pixels + (source.isConstant ? 0 : start * kSize);
     };
     auto const select = [&](auto const trueStep, auto const falseStep) {
-        E const * one = startOf(whenTrue);
-        E const * other = startOf(whenFalse);
-        E * pixel = reinterpret_cast<E *>(output) + static_cast<std::ptrdiff_t>(start) * N;
+        uchar const * one = startOf(whenTrue);
+        uchar const * other = startOf(whenFalse);
+        uchar * pixel = output + start * kSize;
         for (int x = 0; x < count; ++x)
         {
-            // No branch, as answers cannot be predicted: single elements are blended, of others the address is.
-            std::uint64_t const answer = answers[static_cast<std::size_t>(x)] & 1U;
+            // No branch, as answers cannot be predicted: single elements are blended, of others the address is chosen.
+            auto const answer = static_cast<std::size_t>(answers[static_cast<std::size_t>(x)] & 1U);
             if constexpr (N == 1)
             {
-                auto const mask = WrapTo<E>(0U - answer);
-                *pixel = static_cast<E>(*other ^ ((*one ^ *other) & mask));
+                auto const mask = WrapTo<E>(std::size_t{0} - answer);
+                E const whenFalseValue = Load<E>(other);
+                auto const value = static_cast<E>(whenFalseValue ^ ((Load<E>(one) ^ whenFalseValue) & mask));
+                std::memcpy(pixel, &value, sizeof(E));
             }
             else
             {
-                std::memcpy(pixel, Chosen(answer, one, other), N * sizeof(E));
+                std::array<uchar const *, 2> const pixels{other, one};
+                std::memcpy(pixel, pixels[answer], kSize);
             }
             one += trueStep;
             other += falseStep;
-            pixel += N;
+            pixel += kSize;
         }
     };
-    std::integral_constant<int, 0> const still;
-    std::integral_constant<int, N> const moving;
+    std::integral_constant<std::ptrdiff_t, 0> const still;
+    std::integral_constant<std::ptrdiff_t, kSize> const moving;
     if (whenTrue.isConstant && whenFalse.isConstant)
+    {
         select(still, still);
+    }
     else if (whenTrue.isConstant)
+    {
         select(still, moving);
+    }
     else if (whenFalse.isConstant)
+    {
         select(moving, still);
+    }
     else
+    {
         select(moving, moving);
+    }
 }
 
 using BlockSelector = void (*)(Answers const &, int, int, Source const &, Source const &, uchar *);
@@ -304,36 +227,7 @@ BlockSelector SelectorFor(std::size_t pixelSize)
 } // namespace
 
 template <Element T>
-Interval<T> IntervalOf(int comparison, double number)
-{
-    bool const isNaN = std::isnan(number);
-    if (comparison == 5)
-    {
-        Interval<T> interval = isNaN ? Nothing<T>() : ValuesEqualTo<T>(number);
-        interval.isOutside = !interval.isOutside;
-        return interval;
-    }
-    T bound{};
-    if (isNaN) return Nothing<T>();
-    switch (comparison)
-    {
-    case 0:
-        return ValuesEqualTo<T>(number);
-    case 1:
-    case 2:
-        if (!LeastAbove<T>(number, comparison == 2, bound)) return Nothing<T>();
-        return {bound, Highest<T>(), false};
-    case 3:
-    case 4:
-        if (!GreatestBelow<T>(number, comparison == 4, bound)) return Nothing<T>();
-        return {Lowest<T>(), bound, false};
-    default:
-        return Nothing<T>();
-    }
-}
-
-template <Element T>
-void SelectValues(
+void RowSelection<T>::SelectValues(
     Comparison<T> const & row, Source const & whenTrue, Source const & whenFalse, uchar * output, int cols)
 {
     switch (row.relation)
@@ -350,7 +244,7 @@ void SelectValues(
 }
 
 template <Element T>
-void SelectPixels(
+void RowSelection<T>::SelectPixels(
     Comparison<T> const & row, Source const & whenTrue, Source const & whenFalse, uchar * output, int cols,
     std::size_t pixelSize)
 {
@@ -364,16 +258,11 @@ void SelectPixels(
     }
 }
 
-#define INSTANTIATE(T)                                                                                                 \
-    template Interval<T> IntervalOf<T>(int, double);                                                                   \
-    template void SelectValues<T>(Comparison<T> const &, Source const &, Source const &, uchar *, int);                \
-    template void SelectPixels<T>(Comparison<T> const &, Source const &, Source const &, uchar *, int, std::size_t);
-INSTANTIATE(uchar)
-INSTANTIATE(ushort)
-INSTANTIATE(short)
-INSTANTIATE(int)
-INSTANTIATE(float)
-INSTANTIATE(double)
-#undef INSTANTIATE
+template struct RowSelection<uchar>;
+template struct RowSelection<ushort>;
+template struct RowSelection<short>;
+template struct RowSelection<int>;
+template struct RowSelection<float>;
+template struct RowSelection<double>;
 
 } // namespace morvane::common

@@ -8,27 +8,14 @@
 
 #include <morvane/common/PixelTypes.h>
 
+#include "common/ValueInterval.h"
+
 #include <opencv2/core.hpp>
 
 #include <cstddef>
 
 namespace morvane::common
 {
-
-/// The values that compare true with a number: all from `low` to `high`, or, where `isOutside`, all others with NaN.
-template <Element T>
-struct Interval
-{
-    T low;
-    T high;
-    bool isOutside = false;
-};
-
-/// The interval of the values v for which `v (comparison) number` holds in double arithmetic.
-///
-/// @param comparison 0 to 5; any other number gives an interval without a value
-template <Element T>
-[[nodiscard]] Interval<T> IntervalOf(int comparison, double number);
 
 /// A comparison of two values.
 enum class Relation
@@ -56,15 +43,18 @@ struct Source
     bool isConstant = false;
 };
 
-/// Selects a row of pixels of the compared type itself.
+/// The loops over a row that compare values of one type.
 template <Element T>
-void SelectValues(
-    Comparison<T> const & row, Source const & whenTrue, Source const & whenFalse, uchar * output, int cols);
+struct RowSelection
+{
+    /// Selects a row of pixels of the compared type itself.
+    static void SelectValues(
+        Comparison<T> const & row, Source const & whenTrue, Source const & whenFalse, uchar * output, int cols);
 
-/// Selects a row of pixels of @p pixelSize bytes: 1, 2, 3, 4, 6, 8, 12, 16, 24 or 32.
-template <Element T>
-void SelectPixels(
-    Comparison<T> const & row, Source const & whenTrue, Source const & whenFalse, uchar * output, int cols,
-    std::size_t pixelSize);
+    /// Selects a row of pixels of @p pixelSize bytes: 1, 2, 3, 4, 6, 8, 12, 16, 24 or 32.
+    static void SelectPixels(
+        Comparison<T> const & row, Source const & whenTrue, Source const & whenFalse, uchar * output, int cols,
+        std::size_t pixelSize);
+};
 
 } // namespace morvane::common

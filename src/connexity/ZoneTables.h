@@ -219,11 +219,17 @@ template <class Merge, class T>
 bool MayReorder(cv::Mat const & values)
 {
     if constexpr (!std::floating_point<T>)
+    {
         return true;
+    }
     else if constexpr (std::same_as<Merge, Sum>)
+    {
         return false;
+    }
     else
+    {
         return !HoldsOrderedValue<T>(values);
+    }
 }
 
 } // namespace morvane::connexity::measure_internals

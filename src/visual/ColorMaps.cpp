@@ -12,7 +12,6 @@
 namespace morvane::visual
 {
 
-using common::IsRaster;
 using common::IsSingleChannel;
 using common::SameSize;
 using common::VisitElement;

@@ -24,7 +24,7 @@ int LargestLabel(cv::Mat const & labels)
     int largest = 0;
     for (int y = 0; y < labels.rows; ++y)
     {
-        Label const * const row = labels.ptr<Label>(y);
+        auto const * const row = labels.ptr<Label>(y);
         for (int x = 0; x < labels.cols; ++x)
         {
             largest = std::max(largest, static_cast<int>(row[x]));
@@ -55,7 +55,7 @@ void LookUp(cv::Mat const & image, Entry const * table, int rows, cv::Mat & outp
 {
     for (int y = 0; y < image.rows; ++y)
     {
-        Label const * const labels = image.ptr<Label>(y);
+        auto const * const labels = image.ptr<Label>(y);
         auto * const entries = output.ptr<Entry>(y);
         for (int x = 0; x < image.cols; ++x)
         {
@@ -123,7 +123,7 @@ bool ColorLabel(cv::Mat const & labels, cv::Mat & output)
         std::vector<cv::Vec3b> const colours = DrawColours(LargestLabel<Label>(labels));
         for (int y = 0; y < labels.rows; ++y)
         {
-            Label const * const row = labels.ptr<Label>(y);
+            auto const * const row = labels.ptr<Label>(y);
             auto * const pixels = output.ptr<cv::Vec3b>(y);
             for (int x = 0; x < labels.cols; ++x)
             {

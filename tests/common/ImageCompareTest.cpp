@@ -53,7 +53,7 @@ public:
     cv::Mat Image(int type)
     {
         cv::Size const size = m_random.Chance(0.2) ? Rearranged(m_random, m_size) : m_size;
-        cv::Mat const image = RandomImage(m_random, size, type, kOperands);
+        cv::Mat image = RandomImage(m_random, size, type, kOperands);
         if (m_random.Chance(0.6)) return image;
         return FramedImage(image).View();
     }
@@ -89,17 +89,29 @@ public:
         Comparison comparison;
         comparison.left = Image(leftDepth);
         if ((form & 1) != 0)
+        {
             comparison.right = Image(leftDepth);
+        }
         else
+        {
             comparison.right = Number(comparison.left);
+        }
         if ((form & 2) != 0)
+        {
             comparison.whenTrue = Image(outputType);
+        }
         else
+        {
             comparison.whenTrue = Value();
+        }
         if ((form & 4) != 0)
+        {
             comparison.whenFalse = Image(outputType);
+        }
         else
+        {
             comparison.whenFalse = Value();
+        }
         return comparison;
     }
 

@@ -25,9 +25,13 @@ std::optional<cv::Point> PlainNeighbour(cv::Point pixel, cv::Point offset, bool 
 {
     cv::Point to = pixel + offset;
     if (wraps && to.x < 0)
+    {
         to.x += size.width;
+    }
     else if (wraps && to.x >= size.width)
+    {
         to.x -= size.width;
+    }
     bool const inside = to.x >= 0 && to.x < size.width && to.y >= 0 && to.y < size.height;
     return inside ? std::optional(to) : std::nullopt;
 }

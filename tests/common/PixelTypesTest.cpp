@@ -164,12 +164,14 @@ TYPED_TEST(FloatingPixel, NormIsSummedInDoubleFromTheFirstChannelToTheLast)
             direction[channel] = random.Unit() - 0.5;
         }
         cv::Vec<T, 4> const pixel = direction * (1e-10 / cv::norm(direction));
-        cv::Vec4d const wide = pixel;
+        auto const wide = [&pixel](int channel) {
+            return static_cast<double>(pixel[channel]);
+        };
         double sum = 0.0;
-        sum += wide[0] * wide[0];
-        sum += wide[1] * wide[1];
-        sum += wide[2] * wide[2];
-        sum += wide[3] * wide[3];
+        sum += wide(0) * wide(0);
+        sum += wide(1) * wide(1);
+        sum += wide(2) * wide(2);
+        sum += wide(3) * wide(3);
         bool const expected = std::sqrt(sum) > 1e-10;
         ASSERT_EQ(IsNonZeroPixel(pixel), expected) << pixel;
         above += expected ? 1 : 0;

@@ -70,9 +70,13 @@ TYPED_TEST(ScalarCondition, EqualConnected_TellsNeighbouringValuesApart)
     T const high = std::numeric_limits<T>::max();
     T below = high;
     if constexpr (std::is_floating_point_v<T>)
+    {
         below = std::nextafter(high, T{0});
+    }
     else
+    {
         below = static_cast<T>(high - 1);
+    }
     EXPECT_FALSE(Connects<EqualConnected<T>>(condition, high, below, high));
     if constexpr (sizeof(T) > 1)
     {

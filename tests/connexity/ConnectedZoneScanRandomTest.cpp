@@ -41,7 +41,7 @@ OracleCondition OfSteps(std::function<bool(cv::Point, cv::Point, cv::Point)> isC
 }
 
 /// Steps are allowed while @p spend over the pixels of the zone stays within @p budget.
-OracleCondition WithBudget(double budget, std::function<double(cv::Point)> spend)
+OracleCondition WithBudget(double budget, std::function<double(cv::Point)> const & spend)
 {
     auto const spent = std::make_shared<double>(0.0);
     OracleCondition condition;

@@ -114,9 +114,13 @@ void ExpectSameUpToNaN(cv::Mat const & actual, cv::Mat const & expected)
 {
     // cv::Mat::clone() and others forget the size of an empty image, and so may a result.
     if (expected.empty())
+    {
         EXPECT_TRUE(actual.empty());
+    }
     else
+    {
         ExpectEqualImages(WithOneNaN(actual), WithOneNaN(expected));
+    }
 }
 
 TEST(FlatZoneMeasureImages, WithAreaAgreesWithThePlainFloodForAllTypesAndShapes)

@@ -82,8 +82,8 @@ TEST(LabelLimits, MoreThan65536ZonesIn16Bits_WrapThroughZeroAndIn32BitsDoNot)
         }
         EXPECT_EQ(cv::countNonZero(wide), 66049) << number;
         EXPECT_EQ(cv::countNonZero(narrow), 66048) << number;
-        cv::Mat const asSigned = Labelled(image, number, CV_16SC1);
-        cv::Mat const sameBits(asSigned.size(), CV_16UC1, const_cast<uchar *>(asSigned.data), asSigned.step);
+        cv::Mat asSigned = Labelled(image, number, CV_16SC1);
+        cv::Mat const sameBits(asSigned.size(), CV_16UC1, asSigned.data, asSigned.step);
         EXPECT_TRUE(tests::EqualImages(sameBits, narrow)) << number;
     }
 }

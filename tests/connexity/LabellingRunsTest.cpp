@@ -59,6 +59,7 @@ void ExpectPlainLabelsOfOtherShapes(Random & random, cv::Mat1b const & mask)
 void ExpectPlainLabelsInEveryType(Random & random, cv::Mat1b const & mask)
 {
     std::vector<cv::Mat> expected;
+    expected.reserve(tests::kSmallConnexities.size());
     for (int const number : tests::kSmallConnexities)
     {
         expected.push_back(PlainLabels(mask, number));

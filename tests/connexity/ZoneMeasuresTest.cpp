@@ -101,9 +101,13 @@ cv::Mat SomeLabels(Random & random, int depth, LabelPattern pattern)
 void ExpectTable(cv::Mat const & actual, cv::Mat const & expected)
 {
     if (expected.rows == 0)
+    {
         EXPECT_TRUE(actual.empty());
+    }
     else
+    {
         ExpectEqualImages(WithOneNaN(actual), WithOneNaN(expected));
+    }
 }
 
 TEST(ZoneMeasures, OfPositionsAgreeWithPlainLoops)

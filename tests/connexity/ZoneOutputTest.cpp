@@ -98,10 +98,10 @@ TEST(ZoneLabelWriter, WritesNothingBeforeTheZoneIsFinished)
     int early = 0;
     tests::OracleCondition rule;
     rule.add = [&](cv::Point point) {
-        early += labels.at<int>(point) != 0;
+        early += labels.at<int>(point) != 0 ? 1 : 0;
     };
     rule.isConnected = [&](cv::Point from, cv::Point, cv::Point seed) {
-        early += labels.at<int>(from) != 0 || labels.at<int>(seed) != 0;
+        early += labels.at<int>(from) != 0 || labels.at<int>(seed) != 0 ? 1 : 0;
         return true;
     };
     tests::PositionCondition<uchar> condition(image, rule);

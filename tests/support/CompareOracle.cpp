@@ -39,7 +39,7 @@ bool Holds(double left, int code, double right)
 double Operand(RightOperand const & right, int number)
 {
     if (auto const * const value = std::get_if<double>(&right)) return *value;
-    cv::Mat const & image = std::get<cv::Mat>(right);
+    auto const & image = std::get<cv::Mat>(right);
     return ElementAt(image, number / image.cols, number % image.cols);
 }
 
@@ -133,9 +133,13 @@ std::string Describe(Comparison const & comparison, cv::Mat const & output)
     std::ostringstream text;
     text << "left " << ShapeText(comparison.left) << ", code " << comparison.code << ", right ";
     if (auto const * const image = std::get_if<cv::Mat>(&comparison.right))
+    {
         text << ShapeText(*image);
+    }
     else
+    {
         text << std::get<double>(comparison.right);
+    }
     text << ", when true " << OperandText(comparison.whenTrue) << ", when false " << OperandText(comparison.whenFalse)
          << ", output " << ShapeText(output);
     return text.str();

@@ -32,9 +32,13 @@ std::string PixelText(cv::Mat const & image, int y, int x)
         double const value = ElementAt(image, y, x, channel);
         if (channel > 0) text << ',';
         if (value == 0.0 && image.channels() == 1)
+        {
             text << '.';
+        }
         else
+        {
             text << value;
+        }
     }
     return text.str();
 }

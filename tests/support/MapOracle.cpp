@@ -62,13 +62,19 @@ void Paint(MapUnderTest const & map, double v, cv::Mat & output, int y, int x)
         output.at<uchar>(y, x) = static_cast<uchar>(above ? 255 : step);
         return;
     }
-    cv::Vec3b & pixel = output.at<cv::Vec3b>(y, x);
+    auto & pixel = output.at<cv::Vec3b>(y, x);
     if (below)
+    {
         pixel = Entry(0, 0, 0);
+    }
     else if (above)
+    {
         pixel = Entry(255, 255, 255);
+    }
     else
+    {
         pixel = map.noZero ? ColorNoZeroEntry(step) : ColorEntry(step);
+    }
 }
 
 } // namespace
@@ -92,9 +98,13 @@ MapResult OracleMap(MapUnderTest const & map, cv::Mat const & image, MapLimits c
         {
             double const v = (ElementAt(image, y, x) - lo) * s;
             if (std::isnan(v))
+            {
                 result.open(y, x) = 1;
+            }
             else
+            {
                 Paint(map, v, result.image, y, x);
+            }
         }
     }
     return result;

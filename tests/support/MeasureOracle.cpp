@@ -26,18 +26,26 @@ template <class T>
 T Product(T left, T right)
 {
     if constexpr (std::is_integral_v<T>)
+    {
         return static_cast<T>(static_cast<std::uint64_t>(left) * static_cast<std::uint64_t>(right));
+    }
     else
+    {
         return left * right;
+    }
 }
 
 template <class T>
 Entry<T> Sum(Entry<T> entry, T value)
 {
     if constexpr (std::is_integral_v<T>)
+    {
         return static_cast<int>(static_cast<std::uint64_t>(entry) + static_cast<std::uint64_t>(value));
+    }
     else
+    {
         return entry + value;
+    }
 }
 
 template <class T>

@@ -31,7 +31,7 @@ double LabelOf(std::size_t number, int depth)
 {
     if (depth == CV_8U) return static_cast<double>(number % 256);
     if (depth == CV_32S) return static_cast<double>(number);
-    double const label = static_cast<double>(number % 65536);
+    auto const label = static_cast<double>(number % 65536);
     return depth == CV_16S && label > 32767 ? label - 65536 : label;
 }
 
@@ -96,11 +96,17 @@ cv::Mat1b OracleTakesPart(cv::Mat const & image)
                 takes = std::sqrt(sum) > 1e-10;
             }
             else if (image.depth() == CV_32F)
+            {
                 takes = std::fabs(image.at<float>(y, x)) > 1e-10F;
+            }
             else if (image.depth() == CV_64F)
+            {
                 takes = std::fabs(image.at<double>(y, x)) > 1e-10;
+            }
             else
+            {
                 takes = ElementAt(image, y, x) != 0.0;
+            }
             takesPart(y, x) = takes ? 1 : 0;
         }
     }
@@ -138,9 +144,13 @@ OracleZones(cv::Mat1b const & takesPart, int connexity, OracleCondition const & 
                     if (q.y < 0 || q.y >= rows) continue;
                     if ((q.x < 0 || q.x >= cols) && !wraps) continue;
                     if (q.x < 0)
+                    {
                         q.x += cols;
+                    }
                     else if (q.x >= cols)
+                    {
                         q.x -= cols;
+                    }
                     if (q.x < 0 || q.x >= cols) continue; // narrower than the offset: one wrap was not enough
                     if (takesPart(q) == 0) continue;
                     if (!condition.isConnected(p, q, seed)) continue;

@@ -181,9 +181,13 @@ cv::Mat PaintMask(Random & random, cv::Mat1b const & mask, int type)
         for (int x = 0; x < mask.cols; ++x)
         {
             if (mask(y, x) != 0)
+            {
                 PaintFull(random, image, y, x);
+            }
             else
+            {
                 PaintEmpty(random, image, y, x);
+            }
         }
     }
     return image;

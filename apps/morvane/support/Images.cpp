@@ -7,6 +7,7 @@
 
 #include <opencv2/imgcodecs.hpp>
 
+#include <algorithm>
 #include <fstream>
 #include <iomanip>
 #include <iostream>
@@ -42,6 +43,16 @@ std::string DescribeDepth(int depth)
     default:
         return "16-bit float";
     }
+}
+
+std::string CountOfChannels(int channels)
+{
+    return std::to_string(channels) + (channels == 1 ? " channel" : " channels");
+}
+
+std::string DescribeSize(cv::Mat const & image)
+{
+    return std::to_string(image.cols) + " x " + std::to_string(image.rows);
 }
 
 /// Says why a file cannot be opened, before a codec sees it.
@@ -135,11 +146,31 @@ cv::Mat ReadImage(fs::path const & file)
     return image;
 }
 
+cv::Mat ReadImageLike(fs::path const & file, cv::Mat const & other, fs::path const & otherFile)
+{
+    cv::Mat image = ReadImage(file);
+    if (image.size() != other.size())
+    {
+        throw ProgramError(
+            file, "is " + DescribeSize(image) + ", but " + otherFile.string() + " is " + DescribeSize(other));
+    }
+    return image;
+}
+
+void CheckChannels(fs::path const & file, cv::Mat const & image, std::vector<int> const & accepted)
+{
+    if (std::find(accepted.begin(), accepted.end(), image.channels()) != accepted.end()) return;
+    std::string numbers;
+    for (int const one : accepted)
+    {
+        numbers += (numbers.empty() ? "" : " or ") + std::to_string(one);
+    }
+    throw ProgramError(file, "has " + CountOfChannels(image.channels()) + " where " + numbers + " must be");
+}
+
 std::string DescribeType(int type)
 {
-    int const channels = CV_MAT_CN(type);
-    return cv::typeToString(type) + ", " + DescribeDepth(CV_MAT_DEPTH(type)) + ", " + std::to_string(channels) +
-           (channels == 1 ? " channel" : " channels");
+    return cv::typeToString(type) + ", " + DescribeDepth(CV_MAT_DEPTH(type)) + ", " + CountOfChannels(CV_MAT_CN(type));
 }
 
 double EmptyShare(cv::Mat const & image)
@@ -152,7 +183,7 @@ void PrintImage(fs::path const & file, cv::Mat const & image)
     std::ostringstream share;
     share << std::fixed << std::setprecision(1) << 100.0 * EmptyShare(image) << " %";
     std::cout << "image  " << file.string() << '\n'
-              << "size   " << image.cols << " x " << image.rows << '\n'
+              << "size   " << DescribeSize(image) << '\n'
               << "type   " << DescribeType(image.type()) << '\n'
               << "empty  " << share.str() << '\n';
 }

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <fstream>
 #include <random>
 #include <system_error>
 
@@ -90,13 +91,19 @@ void Outputs::Declare(
     }
     if (!CanEncode(file)) throw ProgramError(file, "has no ending of an image format that can be written");
 
+    DeclareText(file, inputs);
+}
+
+void Outputs::DeclareText(fs::path const & file, std::vector<fs::path> const & inputs)
+{
+    if (file.empty()) return;
     std::error_code error;
     if (!fs::is_directory(FolderOf(file), error)) throw ProgramError(file, "its folder does not exist");
     auto const status = fs::status(file, error);
     if (fs::exists(status) && !fs::is_regular_file(status)) throw ProgramError(file, "is there and is no plain file");
     for (fs::path const & input : inputs)
     {
-        if (IsSamePlace(file, input)) throw ProgramError(file, "is the input, which would be overwritten");
+        if (!input.empty() && IsSamePlace(file, input)) throw ProgramError(file, "is the input, which would be overwritten");
     }
     for (fs::path const & other : m_declared)
     {
@@ -121,6 +128,15 @@ void Outputs::Write(fs::path const & file, cv::Mat const & image)
         }
     }
     if (!written) throw ProgramError(file, "cannot be written");
+}
+
+void Outputs::WriteText(fs::path const & file, std::string const & text)
+{
+    m_pending.push_back({TemporaryNameFor(file), file});
+    std::ofstream stream(m_pending.back().temporary, std::ios::binary);
+    stream << text;
+    stream.close();
+    if (!stream) throw ProgramError(file, "cannot be written");
 }
 
 void Outputs::Commit()
