@@ -33,8 +33,9 @@ figure { margin: 0; background: var(--card); border: 1px solid var(--line); bord
 figure img { display: block; width: 100%; max-height: 34rem; object-fit: contain; background: #1e2026; }
 figcaption { padding: .6rem .9rem .8rem; font-size: .92rem; color: var(--soft); }
 article { margin: 2.4rem 0 0; }
-pre { background: var(--code); border-radius: 8px; padding: .8rem 1rem; overflow-x: auto; margin: .6rem 0;
+pre { background: var(--code); border-radius: 8px; padding: .8rem 1rem; overflow: auto; max-height: 24rem; margin: .6rem 0;
   font: .88rem/1.5 ui-monospace, "DejaVu Sans Mono", monospace; }
+.command { white-space: pre-wrap; }
 .command::before { content: "$ "; color: var(--soft); }
 .time { color: var(--soft); font-size: .9rem; margin: .2rem 0 0; }
 )";

@@ -1,8 +1,6 @@
-#include "Section.h"
+#include "LabelStep.h"
 
 #include "scansim/Scan.h"
-
-#include <string>
 
 namespace gallery
 {
@@ -11,17 +9,6 @@ namespace
 {
 
 using namespace scansim;
-
-/// Labels an image and shows it beside its zones.
-void LabelStep(
-    Studio & studio, std::string const & title, std::string const & text, std::string const & input,
-    Figure const & shown, std::string const & connexity)
-{
-    std::string const name = "zones-" + std::to_string(studio.NextNumber());
-    studio.Step(
-        title, text, {"label", input, "--connexity", connexity, "-o", name + ".tif", "--picture", name + ".png"},
-        {shown, {name + ".png", "One colour for each zone, black where there is none"}});
-}
 
 /// The depth of what stands out of the ground.
 cv::Mat ObjectsOf(Scan const & scan)
@@ -49,24 +36,26 @@ void DrawZones(Studio & studio)
         "Once the ground is gone, each thing that stands free is a zone. The shed and the blocks at the left border "
         "and "
         "at the right border are the same things, seen across the seam: here they have two colours.",
-        "yard_objects.tif", shown, "8");
+        "yard_objects.tif", shown, {"--connexity", "8"});
     LabelStep(
         studio, "The same, round the circle",
         "A wrapped neighbourhood joins the two borders of a panorama. The things at the seam now have one colour.",
-        "yard_objects.tif", shown, "8-wrapped");
+        "yard_objects.tif", shown, {"--connexity", "8-wrapped"});
     LabelStep(
         studio, "Scattered points",
         "From above, far ground is hit in thin rings. With 4 neighbours they fall apart into thousands of zones.",
-        "yard_elevation.tif", {"yard_elevation-preview.png", "Elevation of the yard from above"}, "4");
+        "yard_elevation.tif", {"yard_elevation-preview.png", "Elevation of the yard from above"}, {"--connexity", "4"});
     LabelStep(
         studio, "Further reach",
         "With 24 neighbours, gaps of one pixel are bridged: the rings hold together, shadows still separate.",
-        "yard_elevation.tif", {"yard_elevation-preview.png", "Elevation of the yard from above"}, "24-interleaved");
+        "yard_elevation.tif", {"yard_elevation-preview.png", "Elevation of the yard from above"},
+        {"--connexity", "24-interleaved"});
     LabelStep(
         studio, "Echoes of a pane",
         "The window of the room lets nine rays of ten pass; the rest come back as single points, each a zone of its "
         "own.",
-        "room_depth.tif", {"room_depth-preview.png", "Depth in the room; the window lies at the seam"}, "4-wrapped");
+        "room_depth.tif", {"room_depth-preview.png", "Depth in the room; the window lies at the seam"},
+        {"--connexity", "4-wrapped"});
 }
 
 void DrawUserImage(Studio & studio, UserImage const & own)
@@ -74,9 +63,12 @@ void DrawUserImage(Studio & studio, UserImage const & own)
     studio.ThePage().BeginSection(
         "Connected zones", "Each connected component of pixels that are not 0, under three neighbourhoods.");
     Figure const shown{"own-relief-preview.png", "The image"};
-    LabelStep(studio, "4 neighbours", "Pixels touch by their sides.", own.file.string(), shown, "4");
-    LabelStep(studio, "8 neighbours", "Pixels touch by sides and corners.", own.file.string(), shown, "8");
-    LabelStep(studio, "24 neighbours", "Gaps of one pixel are bridged.", own.file.string(), shown, "24-interleaved");
+    LabelStep(studio, "4 neighbours", "Pixels touch by their sides.", own.file.string(), shown, {"--connexity", "4"});
+    LabelStep(
+        studio, "8 neighbours", "Pixels touch by sides and corners.", own.file.string(), shown, {"--connexity", "8"});
+    LabelStep(
+        studio, "24 neighbours", "Gaps of one pixel are bridged.", own.file.string(), shown,
+        {"--connexity", "24-interleaved"});
 }
 
 RegisteredSection const registered({10, DrawZones, DrawUserImage});
