@@ -13,19 +13,31 @@ namespace
 
 using namespace morvane::connexity;
 
+int LargestLabel(cv::Mat const & labels)
+{
+    int largest = 0;
+    for (int y = 0; y < labels.rows; ++y)
+    {
+        int const * const row = labels.ptr<int>(y);
+        for (int x = 0; x < labels.cols; ++x)
+        {
+            largest = std::max(largest, row[x]);
+        }
+    }
+    return largest;
+}
+
 /// The plain form: one loop, one table.
 cv::Mat PlainArea(cv::Mat const & labels)
 {
-    double largest = 0.0;
-    cv::minMaxIdx(labels, nullptr, &largest);
-    cv::Mat table = cv::Mat::zeros(static_cast<int>(largest) + 1, 1, CV_32SC1);
+    cv::Mat table = cv::Mat::zeros(LargestLabel(labels) + 1, 1, CV_32SC1);
     int * const entries = table.ptr<int>();
     for (int y = 0; y < labels.rows; ++y)
     {
         int const * const row = labels.ptr<int>(y);
         for (int x = 0; x < labels.cols; ++x)
         {
-            if (row[x] > 0 && row[x] < table.rows) ++entries[row[x]];
+            ++entries[row[x]];
         }
     }
     return table;
@@ -33,9 +45,7 @@ cv::Mat PlainArea(cv::Mat const & labels)
 
 cv::Mat PlainMax(cv::Mat const & labels, cv::Mat const & values)
 {
-    double largest = 0.0;
-    cv::minMaxIdx(labels, nullptr, &largest);
-    cv::Mat table(static_cast<int>(largest) + 1, 1, CV_32FC1, cv::Scalar(-2147483647.0));
+    cv::Mat table(LargestLabel(labels) + 1, 1, CV_32FC1, cv::Scalar(-2147483647.0));
     auto * const entries = table.ptr<float>();
     for (int y = 0; y < labels.rows; ++y)
     {
@@ -43,7 +53,7 @@ cv::Mat PlainMax(cv::Mat const & labels, cv::Mat const & values)
         auto const * const value = values.ptr<float>(y);
         for (int x = 0; x < labels.cols; ++x)
         {
-            if (row[x] > 0 && row[x] < table.rows) entries[row[x]] = std::max(entries[row[x]], value[x]);
+            entries[row[x]] = std::max(entries[row[x]], value[x]);
         }
     }
     return table;

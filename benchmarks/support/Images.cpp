@@ -145,8 +145,11 @@ cv::Mat ManyZones(int side)
 {
     // Noise cut in the middle, smoothed until the zones have the wanted size.
     cv::Mat noise = Noise(side);
-    cv::GaussianBlur(noise, noise, cv::Size(), 2.2, 2.2, cv::BORDER_REFLECT);
-    cv::Mat const mask = noise > cv::mean(noise)[0] + 0.012;
+    cv::GaussianBlur(noise, noise, cv::Size(), 1.7, 1.7, cv::BORDER_REFLECT);
+    cv::Scalar mean;
+    cv::Scalar deviation;
+    cv::meanStdDev(noise, mean, deviation);
+    cv::Mat const mask = noise > mean[0] + 0.5 * deviation[0];
     cv::Mat labels(side, side, CV_32SC1);
     bool const done = morvane::connexity::Label(mask, morvane::connexity::eConnexity8, labels);
     CV_Assert(done);

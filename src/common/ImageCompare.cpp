@@ -4,6 +4,7 @@
 
 #include "common/Dispatch.h"
 #include "common/PixelSelection.h"
+#include "common/RasterOrder.h"
 
 #include <opencv2/core/utility.hpp>
 
@@ -58,13 +59,6 @@ bool IsAccepted(
     if (!hasTotal(output) || !rightFits(hasTotal) || !choicesFit(hasTotal)) return false;
     if (!rightFits([&](cv::Mat const & image) { return image.depth() == left.depth(); })) return false;
     return choicesFit([&](cv::Mat const & image) { return image.depth() == output.depth(); });
-}
-
-/// The image with its pixels, in raster order, in as many rows as @p shape has; a copy where they have gaps between them.
-cv::Mat InShapeOf(cv::Mat const & shape, cv::Mat const & image)
-{
-    if (image.size() == shape.size() || shape.total() == 0) return image;
-    return (image.isContinuous() ? image : image.clone()).reshape(0, shape.rows);
 }
 
 /// The bytes of a pixel in which each channel is the scalar's component, converted.
@@ -174,25 +168,24 @@ void SelectAllRows(Selection<T, Out> const & selection, cv::Mat const & left)
     }
 }
 
-/// Brings every image into the shape of the left one and selects.
+/// Brings every image into the size of the left one and selects.
 template <class T, class Out>
 bool Select(
     cv::Mat const & left, int comparison, RightOperand const & right, Choice const & whenTrue, Choice const & whenFalse,
     cv::Mat & output)
 {
-    cv::Mat const rightImage = right.image != nullptr ? InShapeOf(left, *right.image) : cv::Mat();
-    cv::Mat const trueImage = whenTrue.image != nullptr ? InShapeOf(left, *whenTrue.image) : cv::Mat();
-    cv::Mat const falseImage = whenFalse.image != nullptr ? InShapeOf(left, *whenFalse.image) : cv::Mat();
-    cv::Mat target = InShapeOf(left, output);
+    cv::Size const size = left.size();
+    cv::Mat const rightImage = right.image != nullptr ? InSize(size, *right.image) : cv::Mat();
+    cv::Mat const trueImage = whenTrue.image != nullptr ? InSize(size, *whenTrue.image) : cv::Mat();
+    cv::Mat const falseImage = whenFalse.image != nullptr ? InSize(size, *whenFalse.image) : cv::Mat();
+    cv::Mat target = output.size() == size ? output : cv::Mat(size, output.type());
 
     Selection<T, Out> const selection(
         left, comparison, {right.image != nullptr ? &rightImage : nullptr, right.number},
         {whenTrue.image != nullptr ? &trueImage : nullptr, whenTrue.scalar},
         {whenFalse.image != nullptr ? &falseImage : nullptr, whenFalse.scalar}, target);
     SelectAllRows(selection, left);
-
-    // Pixels with gaps between their rows, in another shape, were written in a copy.
-    if (target.data != output.data) target.reshape(0, output.rows).copyTo(output);
+    if (target.data != output.data) CopyInRasterOrder(target, output, output.total());
     return true;
 }
 
@@ -270,10 +263,11 @@ bool ImageCompare(
 
 bool AreImagesEqual(cv::Mat const & one, cv::Mat const & other)
 {
-    if (!IsRaster(one) || !IsRaster(other)) return false;
     if (one.channels() != other.channels() || one.total() != other.total() || one.depth() != other.depth())
         return false;
     if (one.rows != other.rows || one.cols != other.cols) return false;
+    // Also the -1 rows of matrices of more than two dimensions: nothing is looked at then.
+    if (one.rows <= 0) return true;
     std::size_t const rowBytes = static_cast<std::size_t>(one.cols) * one.elemSize();
     for (int y = 0; y < one.rows; ++y)
     {
@@ -284,6 +278,10 @@ bool AreImagesEqual(cv::Mat const & one, cv::Mat const & other)
 
 cv::Mat SafeDivision(cv::Mat const & numerator, cv::Mat const & denominator)
 {
+    auto const isAccepted = []<class T> {
+        return true;
+    };
+    if (!VisitElement(numerator, isAccepted) || !VisitElement(denominator, isAccepted)) return {};
     cv::Mat result = cv::Mat::zeros(numerator.size(), numerator.type());
     cv::Mat const quotient = numerator / denominator;
     // Its answer is not asked for: a denominator that it refuses leaves the zeros.
@@ -301,17 +299,18 @@ bool ConvertToGrayScale(cv::Mat const & image, cv::Mat & grey)
         cv::minMaxLoc(image, &lowest, &highest);
         if (!(highest - lowest > 0.0)) return false;
         double const scale = 256.0 / (highest - lowest);
-        cv::Mat const source = image;
-        grey = cv::Mat::zeros(source.size(), CV_8UC1);
-        for (int y = 0; y < source.rows; ++y)
+        // A new image, as the old one of `grey` may be the image itself.
+        cv::Mat1b scaled(image.size());
+        for (int y = 0; y < image.rows; ++y)
         {
-            T const * const values = source.ptr<T>(y);
-            auto * const row = grey.ptr<uchar>(y);
-            for (int x = 0; x < source.cols; ++x)
+            T const * const values = image.ptr<T>(y);
+            auto * const row = scaled.ptr<uchar>(y);
+            for (int x = 0; x < image.cols; ++x)
             {
                 row[x] = TruncateTo<uchar>(static_cast<double>(values[x]) * scale);
             }
         }
+        scaled.copyTo(grey);
         return true;
     });
 }

@@ -1,10 +1,11 @@
 #include <morvane/connexity/ZoneMeasures.h>
 
 #include "common/Dispatch.h"
+#include "common/RasterOrder.h"
+#include "common/ValueRange.h"
 #include "connexity/ZoneTables.h"
 
 #include <algorithm>
-#include <cstdint>
 
 namespace morvane::connexity
 {
@@ -22,17 +23,14 @@ namespace measure_internals
 std::optional<Labels> PrepareLabels(cv::Mat const & labels)
 {
     return VisitSignedLabel(labels, [&]<class Label>() -> std::optional<Labels> {
-        double smallest = 0.0;
-        double largest = 0.0;
-        if (!labels.empty()) cv::minMaxIdx(labels, &smallest, &largest);
-        auto const last = static_cast<Label>(std::max(largest, 0.0));
+        auto const [smallest, largest] = common::WidenedBy<Label>(labels, {0, 0});
         // In the type of the labels, wrap-around and all.
-        int const rows = WrapTo<Label>(static_cast<unsigned>(last) + 1U);
+        int const rows = WrapTo<Label>(static_cast<unsigned>(largest) + 1U);
 
         Labels ready{labels, rows};
         if (labels.depth() != CV_32S) labels.convertTo(ready.image, CV_32S);
         // Negative labels belong to no zone.
-        if (smallest < 0.0)
+        if (smallest < 0)
         {
             // A new matrix: the labels may still be the caller's.
             cv::Mat clipped;
@@ -43,21 +41,16 @@ std::optional<Labels> PrepareLabels(cv::Mat const & labels)
     });
 }
 
-void MatchShapes(cv::Mat & labels, cv::Mat & values, cv::Mat & others)
+void MatchSizes(cv::Mat & labels, cv::Mat & values, cv::Mat & others)
 {
-    if (labels.size() == values.size() && labels.size() == others.size()) return;
-    cv::Mat flatLabels = labels.clone().reshape(0, 1);
-    int const pixels = flatLabels.cols;
-    int const common = static_cast<int>(std::min({labels.total(), values.total(), others.total()}));
-    auto const flatten = [pixels, common](cv::Mat const & image) {
-        cv::Mat flat = cv::Mat::zeros(1, pixels, image.type());
-        if (common > 0) image.clone().reshape(0, 1).colRange(0, common).copyTo(flat.colRange(0, common));
-        return flat;
-    };
-    flatLabels.colRange(common, pixels) = cv::Scalar(0);
-    labels = flatLabels;
-    values = flatten(values);
-    others = flatten(others);
+    cv::Size const size = labels.size();
+    std::size_t const pixels = std::min({labels.total(), values.total(), others.total()});
+    values = common::InSize(size, values);
+    others = common::InSize(size, others);
+    if (pixels == labels.total()) return;
+    cv::Mat met = cv::Mat::zeros(size, labels.type());
+    common::CopyInRasterOrder(labels, met, pixels);
+    labels = met;
 }
 
 } // namespace measure_internals
@@ -73,26 +66,32 @@ cv::Mat NewTable(int rows, int type, double start)
     return table;
 }
 
-/// Measures areas and positions, for which a run of pixels counts as a whole.
-template <class Merge, class ValueOfRun>
-cv::Mat MeasureRuns(cv::Mat const & image, ValueOfRun const & valueOfRun)
+/// Measures areas and positions: @p valueOfRow gives for a row y a function from x to an `int`.
+template <class Merge, class ValueOfRow>
+cv::Mat MeasurePositions(cv::Mat const & image, ValueOfRow const & valueOfRow)
 {
     if (!IsRaster(image) || !IsSingleChannel(image)) return {};
     auto const labels = PrepareLabels(image);
     if (!labels) return {};
     cv::Mat table = NewTable(labels->rows, CV_32SC1, Merge::kStart);
-    if (table.empty()) return table;
-    FillTableFromRuns<Merge>(*labels, table.ptr<int>(), valueOfRun);
+    if (!table.empty()) FillTable<Merge>(*labels, true, table.ptr<int>(), 1, valueOfRow);
     return table;
 }
 
-/// The sum of the columns of a run, wrapping.
-int SumOfColumns(int start, int end)
+/// The row of each pixel.
+auto RowOfPixel(int y)
 {
-    // The first and the last make a pair, and so on; one of the factors is even.
-    auto const count = static_cast<std::int64_t>(end) - start;
-    auto const pair = static_cast<std::int64_t>(start) + end - 1;
-    return WrapTo<int>(count * pair / 2);
+    return [y](int) {
+        return y;
+    };
+}
+
+/// The column of each pixel.
+auto ColumnOfPixel(int)
+{
+    return [](int x) {
+        return x;
+    };
 }
 
 /// A value as it is.
@@ -123,7 +122,7 @@ cv::Mat MeasureLeaf(Labels labels, cv::Mat values, cv::Mat others)
     int const channels = values.channels();
     cv::Mat table = NewTable(labels.rows, CV_MAKETYPE(cv::DataType<E>::depth, channels), Merge::kStart);
     if (table.empty() || labels.image.empty()) return table;
-    MatchShapes(labels.image, values, others);
+    MatchSizes(labels.image, values, others);
     bool const mayReorder = MayReorder<Merge, T>(values);
     for (int channel = 0; channel < channels; ++channel)
     {
@@ -156,7 +155,11 @@ cv::Mat MeasureValues(cv::Mat const & image, cv::Mat const & values, cv::Mat con
 
 cv::Mat ComputeArea(cv::Mat const & labels)
 {
-    return MeasureRuns<Sum>(labels, [](int, int start, int end) { return end - start; });
+    return MeasurePositions<Sum>(labels, [](int) {
+        return [](int) {
+            return 1;
+        };
+    });
 }
 
 cv::Mat ComputeAccumulation(cv::Mat const & labels, cv::Mat const & values)
@@ -187,32 +190,32 @@ cv::Mat ComputeMin(cv::Mat const & labels, cv::Mat const & values)
 
 cv::Mat ComputeRowAcc(cv::Mat const & labels)
 {
-    return MeasureRuns<Sum>(labels, [](int y, int start, int end) { return Times(y, end - start); });
+    return MeasurePositions<Sum>(labels, RowOfPixel);
 }
 
 cv::Mat ComputeColAcc(cv::Mat const & labels)
 {
-    return MeasureRuns<Sum>(labels, [](int, int start, int end) { return SumOfColumns(start, end); });
+    return MeasurePositions<Sum>(labels, ColumnOfPixel);
 }
 
 cv::Mat ComputeRowMax(cv::Mat const & labels)
 {
-    return MeasureRuns<Largest>(labels, [](int y, int, int) { return y; });
+    return MeasurePositions<Largest>(labels, RowOfPixel);
 }
 
 cv::Mat ComputeRowMin(cv::Mat const & labels)
 {
-    return MeasureRuns<Smallest>(labels, [](int y, int, int) { return y; });
+    return MeasurePositions<Smallest>(labels, RowOfPixel);
 }
 
 cv::Mat ComputeColMax(cv::Mat const & labels)
 {
-    return MeasureRuns<Largest>(labels, [](int, int, int end) { return end - 1; });
+    return MeasurePositions<Largest>(labels, ColumnOfPixel);
 }
 
 cv::Mat ComputeColMin(cv::Mat const & labels)
 {
-    return MeasureRuns<Smallest>(labels, [](int, int start, int) { return start; });
+    return MeasurePositions<Smallest>(labels, ColumnOfPixel);
 }
 
 } // namespace morvane::connexity

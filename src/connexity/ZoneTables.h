@@ -5,8 +5,6 @@
 #include <morvane/common/Conversions.h>
 #include <morvane/common/PixelTypes.h>
 
-#include "common/BitImage.h"
-
 #include <opencv2/core.hpp>
 
 #include <algorithm>
@@ -100,9 +98,9 @@ struct Labels
 /// The labels made ready; none when the type is refused. @throws cv::Exception when the number of rows is negative
 [[nodiscard]] std::optional<Labels> PrepareLabels(cv::Mat const & labels);
 
-/// Where sizes differ, brings labels and values into one row of as many pixels as there are labels: pixel n of one meets
-/// pixel n of the others, and labels without a value become 0.
-void MatchShapes(cv::Mat & labels, cv::Mat & values, cv::Mat & others);
+/// Where sizes differ, brings values into the size of the labels: pixel n of one, in raster order, meets pixel n of the
+/// others, and labels without a value become 0.
+void MatchSizes(cv::Mat & labels, cv::Mat & values, cv::Mat & others);
 
 /// How many tables are filled side by side: a zone's pixels then do not wait for each other's entries.
 constexpr std::size_t kLanes = 4;
@@ -154,41 +152,6 @@ void FillTable(Labels const & labels, bool mayReorder, E * table, std::size_t st
             entry = Merge::template Merge<E>(entry, lane[index][label]);
         }
         table[label * stride] = entry;
-    }
-}
-
-/// Fills a table from runs of equal labels: `entry[label] = merge(entry[label], value(y, start, end))` for each run.
-///
-/// @param labels made ready
-/// @param table of `int`
-/// @param valueOfRun what a run in row y from column start to before column end counts
-template <class Merge, class ValueOfRun>
-void FillTableFromRuns(Labels const & labels, int * table, ValueOfRun const & valueOfRun)
-{
-    int const cols = labels.image.cols;
-    common::BitImage borders(1, cols);
-    std::vector<int> entries(static_cast<std::size_t>(labels.rows), static_cast<int>(Merge::kStart));
-    for (int y = 0; y < labels.image.rows; ++y)
-    {
-        int const * const row = labels.image.ptr<int>(y);
-        // Bit x: the label after column x is another.
-        common::FillBits(cols - 1, borders.Row(0), [row](int x) { return row[x] != row[x + 1]; });
-        int start = 0;
-        auto const finish = [&](int end) {
-            int & entry = entries[static_cast<std::size_t>(row[start])];
-            entry = Merge::Merge(entry, valueOfRun(y, start, end));
-            start = end;
-        };
-        for (int index = 0; index < borders.WordsPerRow(); ++index)
-        {
-            common::ForEachBit(
-                borders.Row(0)[index], [&](int bit) { finish(index * common::BitImage::kWordBits + bit + 1); });
-        }
-        if (cols > 0) finish(cols);
-    }
-    for (std::size_t label = 1; label < entries.size(); ++label)
-    {
-        table[label] = entries[label];
     }
 }
 

@@ -83,7 +83,8 @@ MORVANE_EXPORT bool ImageCompare(
 /// @param one any type
 /// @param other any type
 /// @return true when channels, sizes, depths and all bytes of all rows are the same, also for two empty images of the same
-///         type and size; false otherwise, and for matrices of more than two dimensions
+///         type and size; false otherwise. Matrices of more than two dimensions have no rows to compare: with channels,
+///         depth and number of elements alike, they are equal
 ///
 /// Cost: O(bytes) up to the first row that differs. One thread.
 [[nodiscard]] MORVANE_EXPORT bool AreImagesEqual(cv::Mat const & one, cv::Mat const & other);
@@ -93,22 +94,25 @@ MORVANE_EXPORT bool ImageCompare(
 /// @param numerator any accepted depth
 /// @param denominator of the same size and type, one channel
 /// @return `numerator / denominator` as OpenCV divides, of the size and type of the numerator; 0 where the denominator
-///         equals 0. With a denominator of more than one channel, all zeros.
-/// @throws cv::Exception when sizes or types do not fit each other
+///         equals 0. With a denominator of more than one channel, or of a size that OpenCV takes for a scalar, all zeros.
+///         Empty when a depth is refused.
+/// @throws cv::Exception when sizes or types do not fit each other, and for empty images
 ///
 /// Cost: O(pixels). Threads as for ImageCompare(). Both arguments may be the same matrix.
 [[nodiscard]] MORVANE_EXPORT cv::Mat SafeDivision(cv::Mat const & numerator, cv::Mat const & denominator);
 
 /// Scales an image to 8-bit grey by the width of its range.
 ///
-/// A pixel becomes `value * 256 / (max - min)`, truncated to an `int` of which the low 8 bits are kept. The minimum is not
-/// subtracted; the maximum of an image whose minimum is 0 gives 256, which is stored as 0. NaN gives 0.
+/// A pixel becomes `value * (256 / (max - min))`, computed in double and truncated to an `int` of which the low 8 bits are
+/// kept. The minimum is not subtracted; the maximum of an image whose minimum is 0 gives 256, or just less by rounding, and
+/// 256 is stored as 0. NaN gives 0.
 ///
-/// @param image one channel, any accepted depth
-/// @param grey assigned a new `CV_8UC1` image of the same size
+/// @param image one channel, any accepted depth. More channels are not expected: the range is then that of all of them, and
+///        the first `cols` elements of each row are scaled.
+/// @param grey becomes `CV_8UC1` of the same size; what fits already is written over, in a view its parent, too
 /// @return true when it was; false, with `grey` untouched, when the depth is refused, the image is empty or flat, or it has
 ///         more than two dimensions
-/// @throws cv::Exception for more than one channel
+/// @throws cv::Exception, std::bad_alloc when memory runs out
 ///
 /// Cost: O(pixels). One thread. `image` and `grey` may be the same object.
 [[nodiscard]] MORVANE_EXPORT bool ConvertToGrayScale(cv::Mat const & image, cv::Mat & grey);

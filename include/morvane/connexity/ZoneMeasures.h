@@ -17,8 +17,8 @@
 ///   of which is measured on its own.
 /// - A refusal is an empty matrix.
 ///
-/// Cost: O(pixels + labels) time; memory for a few tables, and for a copy of the labels where they are not `CV_32S`. One
-/// thread. Arguments may be the same matrix.
+/// Cost: O(pixels + labels) time; memory for a few tables, for a copy of the labels where they are not `CV_32S` or hold
+/// negative ones, and for copies of images whose sizes differ. One thread. Arguments may be the same matrix.
 #pragma once
 
 #include <morvane/Export.h>
@@ -92,22 +92,46 @@ ComputeProductAccumulation(cv::Mat const & labels, cv::Mat const & values1, cv::
 /// @throws as ComputeArea()
 [[nodiscard]] MORVANE_EXPORT cv::Mat ComputeMin(cv::Mat const & labels, cv::Mat const & values);
 
-/// The sum of the row indices of each zone, start value 0, wrapping. @copydetails ComputeArea
+/// The sum of the row indices of each zone, start value 0, wrapping.
+///
+/// @param labels see the head of this file
+/// @return `CV_32SC1`, N x 1; empty when `labels` has a refused type or more than one channel
+/// @throws as ComputeArea()
 [[nodiscard]] MORVANE_EXPORT cv::Mat ComputeRowAcc(cv::Mat const & labels);
 
-/// The sum of the column indices of each zone, start value 0, wrapping. @copydetails ComputeArea
+/// The sum of the column indices of each zone, start value 0, wrapping.
+///
+/// @param labels see the head of this file
+/// @return `CV_32SC1`, N x 1; empty when `labels` has a refused type or more than one channel
+/// @throws as ComputeArea()
 [[nodiscard]] MORVANE_EXPORT cv::Mat ComputeColAcc(cv::Mat const & labels);
 
-/// The largest row index of each zone, start value -2147483647. @copydetails ComputeArea
+/// The largest row index of each zone, start value -2147483647.
+///
+/// @param labels see the head of this file
+/// @return `CV_32SC1`, N x 1; empty when `labels` has a refused type or more than one channel
+/// @throws as ComputeArea()
 [[nodiscard]] MORVANE_EXPORT cv::Mat ComputeRowMax(cv::Mat const & labels);
 
-/// The smallest row index of each zone, start value 2147483647. @copydetails ComputeArea
+/// The smallest row index of each zone, start value 2147483647.
+///
+/// @param labels see the head of this file
+/// @return `CV_32SC1`, N x 1; empty when `labels` has a refused type or more than one channel
+/// @throws as ComputeArea()
 [[nodiscard]] MORVANE_EXPORT cv::Mat ComputeRowMin(cv::Mat const & labels);
 
-/// The largest column index of each zone, start value -2147483647. @copydetails ComputeArea
+/// The largest column index of each zone, start value -2147483647.
+///
+/// @param labels see the head of this file
+/// @return `CV_32SC1`, N x 1; empty when `labels` has a refused type or more than one channel
+/// @throws as ComputeArea()
 [[nodiscard]] MORVANE_EXPORT cv::Mat ComputeColMax(cv::Mat const & labels);
 
-/// The smallest column index of each zone, start value 2147483647. @copydetails ComputeArea
+/// The smallest column index of each zone, start value 2147483647.
+///
+/// @param labels see the head of this file
+/// @return `CV_32SC1`, N x 1; empty when `labels` has a refused type or more than one channel
+/// @throws as ComputeArea()
 [[nodiscard]] MORVANE_EXPORT cv::Mat ComputeColMin(cv::Mat const & labels);
 
 /// An image in which each measured pixel carries the number of pixels of its flat zone.
