@@ -1,6 +1,7 @@
 #include <morvane/visual/ColorMaps.h>
 
 #include "common/Dispatch.h"
+#include "common/ValueRange.h"
 #include "visual/Ramps.h"
 
 #include <algorithm>
@@ -36,36 +37,16 @@ struct Bounds
     bool clip = true;
 };
 
-Range RangeOfAll(cv::Mat const & image)
+/// The range of all pixels, or of those that differ from 0; from the largest number to the least where there is none.
+template <class T, bool SkipZero>
+Range RangeOf(cv::Mat const & image)
 {
-    Range range{};
-    cv::minMaxIdx(image, &range.low, &range.high);
-    return range;
-}
-
-/// The range of the pixels that differ from 0. NaN passes that test and fails both comparisons.
-template <class T>
-Range RangeOfNonZero(cv::Mat const & image)
-{
-    // Integers are compared as they are, so that the loop compiles to SIMD.
-    using Number = std::conditional_t<std::is_floating_point_v<T>, double, T>;
-    Number low = std::numeric_limits<Number>::max();
-    Number high = std::numeric_limits<Number>::lowest();
-    bool found = false;
-    for (int y = 0; y < image.rows; ++y)
-    {
-        T const * const row = image.ptr<T>(y);
-        for (int x = 0; x < image.cols; ++x)
-        {
-            Number const value = row[x];
-            bool const counts = value != 0;
-            low = counts && value < low ? value : low;
-            high = counts && value > high ? value : high;
-            found = found || counts;
-        }
-    }
-    if (!found) return {kLargest, -kLargest};
-    return {static_cast<double>(low), static_cast<double>(high)};
+    using Limits = std::numeric_limits<T>;
+    constexpr T kTop = Limits::has_infinity ? Limits::infinity() : Limits::max();
+    constexpr T kBottom = Limits::has_infinity ? -Limits::infinity() : Limits::lowest();
+    auto const [low, high] = common::WidenedBy<T, SkipZero>(image, {kTop, kBottom});
+    if (low > high) return {kLargest, -kLargest};
+    return {std::min(static_cast<double>(low), kLargest), std::max(static_cast<double>(high), -kLargest)};
 }
 
 void Clip(Range & range, Bounds const & bounds)
@@ -138,7 +119,7 @@ std::vector<Entry> EntryOfEachValue(Scale const & scale, std::vector<Entry> cons
     return table;
 }
 
-/// Writes entries one after the other; the bytes of one entry may reach into the next, which is then written over it.
+/// Writes the entry of a pixel.
 void StoreEntry(uchar * row, int x, uchar entry)
 {
     row[x] = entry;
@@ -188,7 +169,7 @@ bool Map(
     return VisitElement(image, [&]<class T> {
         if (!IsSingleChannel(image) || !SameSize(image, output) || output.type() != outputType) return false;
         if (image.empty()) return true;
-        Range range = NoZero ? RangeOfNonZero<T>(image) : RangeOfAll(image);
+        Range range = RangeOf<T, NoZero>(image);
         Clip(range, bounds);
         if (range.low == range.high)
         {

@@ -3,8 +3,10 @@
 #include <morvane/visual/ColorMaps.h>
 
 #include "common/Dispatch.h"
+#include "common/ValueRange.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -18,52 +20,57 @@ using common::VisitSignedLabel;
 namespace
 {
 
-template <class Label>
-int LargestLabel(cv::Mat const & labels)
+/// A table with an entry for each label from 0 on, and one more, the last, for all that lie outside.
+template <class Entry>
+std::vector<Entry> EmptyTable(std::size_t rows)
 {
-    int largest = 0;
-    for (int y = 0; y < labels.rows; ++y)
-    {
-        auto const * const row = labels.ptr<Label>(y);
-        for (int x = 0; x < labels.cols; ++x)
-        {
-            largest = std::max(largest, static_cast<int>(row[x]));
-        }
-    }
-    return largest;
+    return std::vector<Entry>(rows + 1, Entry{});
 }
 
-/// Colours of the labels from 1 on.
+/// Random colours for the labels from 1 to @p count.
 std::vector<cv::Vec3b> DrawColours(int count)
 {
     constexpr unsigned kColours = 255;
     cv::RNG & generator = cv::theRNG();
-    std::vector<cv::Vec3b> colours(static_cast<std::size_t>(count));
-    for (cv::Vec3b & colour : colours)
+    std::vector<cv::Vec3b> table = EmptyTable<cv::Vec3b>(static_cast<std::size_t>(count) + 1);
+    for (auto colour = table.begin() + 1; colour != table.end() - 1; ++colour)
     {
         for (int channel = 0; channel < 3; ++channel)
         {
-            colour[channel] = static_cast<uchar>(generator.next() % kColours);
+            (*colour)[channel] = static_cast<uchar>(generator.next() % kColours);
         }
     }
-    return colours;
+    return table;
 }
 
-/// Writes the entry of each label; @p Label 0, below 0 and from @p rows on give 0.
+/// Writes the entry of each label.
 template <class Label, class Entry>
-void LookUp(cv::Mat const & image, Entry const * table, int rows, cv::Mat & output)
+void LookUp(cv::Mat const & image, std::vector<Entry> const & table, cv::Mat & output)
 {
+    // Loads side by side, from a table in which every label has a place, keep the loop without a branch.
+    constexpr int kLanes = 8;
+    auto const last = static_cast<std::uint32_t>(table.size() - 1);
+    auto const entryOf = [&table, last](Label label) {
+        // As unsigned, so that negative labels lie outside as well.
+        return table[std::min(static_cast<std::uint32_t>(static_cast<int>(label)), last)];
+    };
     for (int y = 0; y < image.rows; ++y)
     {
         auto const * const labels = image.ptr<Label>(y);
         auto * const entries = output.ptr<Entry>(y);
-        for (int x = 0; x < image.cols; ++x)
+        int x = 0;
+        for (; x + kLanes <= image.cols; x += kLanes)
         {
-            // As unsigned, so that one comparison catches negative labels as well.
-            auto const label = static_cast<std::uint32_t>(static_cast<int>(labels[x]));
-            bool const hasEntry = label != 0 && label < static_cast<std::uint32_t>(rows);
-            Entry const entry = table[hasEntry ? label : 0];
-            entries[x] = hasEntry ? entry : Entry{};
+            std::array<Entry, kLanes> found;
+            for (std::size_t lane = 0; lane < kLanes; ++lane)
+            {
+                found[lane] = entryOf(labels[static_cast<std::size_t>(x) + lane]);
+            }
+            std::copy(found.begin(), found.end(), entries + x);
+        }
+        for (; x < image.cols; ++x)
+        {
+            entries[x] = entryOf(labels[x]);
         }
     }
 }
@@ -72,14 +79,13 @@ template <class Label, class Entry>
 bool ApplyTable(cv::Mat const & image, cv::Mat const & lut, cv::Mat & output)
 {
     if (lut.dims > 2 || lut.cols != 1 || !SameSize(image, output) || lut.type() != output.type()) return false;
-    if (lut.rows == 0)
+    // A copy, as label 0 has no entry whatever the row 0 holds, and as a column of a wider matrix has gaps.
+    std::vector<Entry> table = EmptyTable<Entry>(static_cast<std::size_t>(lut.rows));
+    for (int row = 1; row < lut.rows; ++row)
     {
-        output = cv::Scalar(0);
-        return true;
+        table[static_cast<std::size_t>(row)] = *lut.ptr<Entry>(row);
     }
-    // A column of a wider matrix has gaps between its entries.
-    cv::Mat const table = lut.isContinuous() ? lut : lut.clone();
-    LookUp<Label, Entry>(image, table.ptr<Entry>(), table.rows, output);
+    LookUp<Label>(image, table, output);
     return true;
 }
 
@@ -120,17 +126,7 @@ bool ColorLabel(cv::Mat const & labels, cv::Mat & output)
 {
     return VisitSignedLabel(labels, [&]<class Label> {
         if (!IsSingleChannel(labels) || output.type() != CV_8UC3 || !SameSize(labels, output)) return false;
-        std::vector<cv::Vec3b> const colours = DrawColours(LargestLabel<Label>(labels));
-        for (int y = 0; y < labels.rows; ++y)
-        {
-            auto const * const row = labels.ptr<Label>(y);
-            auto * const pixels = output.ptr<cv::Vec3b>(y);
-            for (int x = 0; x < labels.cols; ++x)
-            {
-                auto const label = static_cast<int>(row[x]);
-                pixels[x] = label > 0 ? colours[static_cast<std::size_t>(label) - 1] : cv::Vec3b();
-            }
-        }
+        LookUp<Label>(labels, DrawColours(common::WidenedBy<Label>(labels, {0, 0}).high), output);
         return true;
     });
 }

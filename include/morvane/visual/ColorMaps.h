@@ -11,7 +11,7 @@ namespace morvane::visual
 
 /// Stretches the values of an image linearly over 8-bit grey.
 ///
-/// The range runs from `lo` to `hi`, the extremes of the image. A pixel becomes `(value - lo) * 255 / (hi - lo)`, computed
+/// The range runs from `lo` to `hi`, the extremes of the image. A pixel becomes `(value - lo) * (255 / (hi - lo))`, computed
 /// in double and truncated; below 0 it becomes 0, from 255 on 255. An image with one value becomes all 0.
 ///
 /// | array    | shape       | depths                                                     | channels | values |
@@ -24,6 +24,7 @@ namespace morvane::visual
 ///        onto itself
 /// @return true when the output was written; false, with it untouched, when the depth or the number of channels is
 ///         refused, or the output has another size or type
+/// @throws std::bad_alloc when memory runs out
 ///
 /// Cost: O(pixels), without memory of note. One thread.
 [[nodiscard]] MORVANE_EXPORT bool GrayMap(cv::Mat const & image, cv::Mat & output);
@@ -55,14 +56,21 @@ GrayMap(cv::Mat const & image, cv::Mat & output, double minimum, double maximum,
 [[nodiscard]] MORVANE_EXPORT bool GrayMapNoZero(cv::Mat const & image, cv::Mat & output);
 
 /// GrayMapNoZero() over a part of the range.
-/// @copydetails GrayMap(cv::Mat const &, cv::Mat &, double, double, bool)
+///
+/// @param image as for GrayMap()
+/// @param output as for GrayMap()
+/// @param minimum where @p clip is true and this is above the least value that differs from 0, the range starts here
+/// @param maximum where @p clip is true and this is below the greatest such value, the range ends here
+/// @param clip whether the two bounds are looked at
+/// @return as for GrayMap()
 [[nodiscard]] MORVANE_EXPORT bool
 GrayMapNoZero(cv::Mat const & image, cv::Mat & output, double minimum, double maximum, bool clip);
 
 /// Stretches the values of an image over a ramp from green over yellow to red.
 ///
 /// As GrayMap() with 511 steps in place of 255; the truncated step is looked up in the ramp. What lies below the range is
-/// black, what lies at its end or above is white: this marks what a range cuts off, and the greatest pixel.
+/// black, what lies at its end or above is white: this marks what a range cuts off. The greatest pixel is
+/// white as well, unless the product, by rounding, comes to just less than 511: it is then the last red of the ramp.
 ///
 /// @param image as for GrayMap()
 /// @param output `CV_8UC3` (blue, green, red), of the image's size; otherwise as for GrayMap()
@@ -90,7 +98,13 @@ ColorMap(cv::Mat const & image, cv::Mat & output, double minimum, double maximum
 [[nodiscard]] MORVANE_EXPORT bool ColorMapNoZero(cv::Mat const & image, cv::Mat & output);
 
 /// ColorMapNoZero() over a part of the range.
-/// @copydetails ColorMap(cv::Mat const &, cv::Mat &, double, double, bool)
+///
+/// @param image as for GrayMap()
+/// @param output as for ColorMap()
+/// @param minimum as for GrayMapNoZero()
+/// @param maximum as for GrayMapNoZero()
+/// @param clip whether the two bounds are looked at
+/// @return as for GrayMap()
 [[nodiscard]] MORVANE_EXPORT bool
 ColorMapNoZero(cv::Mat const & image, cv::Mat & output, double minimum, double maximum, bool clip);
 
@@ -117,11 +131,12 @@ ColorMapNoZero(cv::Mat const & image, cv::Mat & output, double minimum, double m
 ///
 /// @param image labels; those that are 0, negative, or have no row in the table give 0 in all channels
 /// @param lut the table, as from connexity::ComputeMax()
-/// @param output overwritten whole, never reallocated; may be the same matrix as `image`
+/// @param output overwritten whole, never reallocated; may be the same matrix as `image`, or as `lut`
 /// @return true when the output was written; false, with it untouched, when `image` has more than one channel, a type is
 ///         refused, the table has not exactly one column, the sizes differ, or the types of table and output differ
+/// @throws std::bad_alloc when memory runs out
 ///
-/// Cost: O(pixels). One thread.
+/// Cost: O(pixels + N) time, and memory for a copy of the table. One thread.
 ///
 /// @code
 /// cv::Mat const table = morvane::connexity::ComputeMax(labels, heights);
