@@ -121,7 +121,8 @@ void FillBits(int cols, BitImage::Word * row, Predicate const & predicate)
 {
     alignas(64) uchar flags[BitImage::kWordBits];
     int x = 0;
-    for (; x + BitImage::kWordBits <= cols; x += BitImage::kWordBits)
+    // Compared as a difference: at the end of the widest images, the sum would not fit.
+    for (; cols - x >= BitImage::kWordBits; x += BitImage::kWordBits)
     {
         for (int bit = 0; bit < BitImage::kWordBits; ++bit)
         {
@@ -131,7 +132,7 @@ void FillBits(int cols, BitImage::Word * row, Predicate const & predicate)
     }
     if (x == cols) return;
     std::fill(std::begin(flags), std::end(flags), uchar{0});
-    for (int bit = 0; x + bit < cols; ++bit)
+    for (int bit = 0; bit < cols - x; ++bit)
     {
         flags[bit] = predicate(x + bit) ? 255 : 0;
     }

@@ -96,6 +96,41 @@ Connexity::Connexity(Connexity const & other) = default;
 Connexity::~Connexity() = default;
 Connexity & Connexity::operator=(Connexity const & other) = default;
 
+cv::Point_<int> & Connexity::operator[](std::size_t index)
+{
+    return m_offsets[index];
+}
+
+cv::Point_<int> const & Connexity::operator[](std::size_t index) const
+{
+    return m_offsets[index];
+}
+
+std::vector<cv::Point_<int>>::iterator Connexity::begin()
+{
+    return m_offsets.begin();
+}
+
+std::vector<cv::Point_<int>>::iterator Connexity::end()
+{
+    return m_offsets.end();
+}
+
+std::vector<cv::Point_<int>>::const_iterator Connexity::begin() const
+{
+    return m_offsets.begin();
+}
+
+std::vector<cv::Point_<int>>::const_iterator Connexity::end() const
+{
+    return m_offsets.end();
+}
+
+std::size_t Connexity::size() const
+{
+    return m_offsets.size();
+}
+
 common::Neighbourhood NeighbourhoodOver(Connexity const & connexity, cv::Size size)
 {
     return {connexity.m_offsets, connexity.m_wrapped, size};

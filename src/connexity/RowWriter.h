@@ -51,7 +51,7 @@ public:
             WritePixels(starts, pixels, kWordBits);
         }
         m_lastPixel = pixels >> (kWordBits - 1);
-        m_x += kWordBits;
+        m_x += std::min(columns, kWordBits);
     }
 
 private:

@@ -6,8 +6,10 @@
 
 #include "common/BitImage.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <utility>
+#include <vector>
 
 namespace morvane::connexity::labelling_internals
 {
@@ -62,11 +64,11 @@ public:
 
     void Row(int y, cv::Point offset, common::BitImage::Word * bits) const override
     {
-        In const * const row = m_image.ptr<In>(y) + std::max(-offset.x, 0);
-        In const * const other = m_image.ptr<In>(y + offset.y) + std::max(offset.x, 0);
         int const width = m_image.cols - std::abs(offset.x);
         std::fill_n(bits, common::BitImage::WordsFor(m_image.cols), common::BitImage::Word{0});
         if (width <= 0) return;
+        In const * const row = m_image.ptr<In>(y) + std::max(-offset.x, 0);
+        In const * const other = m_image.ptr<In>(y + offset.y) + std::max(offset.x, 0);
         common::FillBits(width, bits, [row, other, condition = m_condition](int x) {
             return condition.AreLinked(row[x], other[x]);
         });

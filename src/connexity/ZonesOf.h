@@ -54,6 +54,8 @@ template <class Flavour, class T, int N>
 common::BitImage PixelsOf(cv::Mat const & image)
 {
     common::BitImage pixels(image.rows, image.cols);
+    // There is no row to point at.
+    if (image.cols == 0) return pixels;
     for (int y = 0; y < image.rows; ++y)
     {
         auto const * const row = image.ptr<common::Pixel<T, N>>(y);

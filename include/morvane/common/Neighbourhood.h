@@ -9,6 +9,7 @@
 #include <opencv2/core.hpp>
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -53,15 +54,17 @@ public:
     /// outside after that is none.
     [[nodiscard]] std::optional<cv::Point> Neighbour(cv::Point pixel, std::size_t index) const
     {
-        cv::Point neighbour = pixel + m_offsets[index];
-        if (neighbour.y < 0 || neighbour.y >= m_size.height) return std::nullopt;
-        if (neighbour.x < 0 || neighbour.x >= m_size.width)
+        // In 64 bits, as the largest images end where an int does.
+        std::int64_t const y = std::int64_t{pixel.y} + m_offsets[index].y;
+        if (y < 0 || y >= m_size.height) return std::nullopt;
+        std::int64_t x = std::int64_t{pixel.x} + m_offsets[index].x;
+        if (x < 0 || x >= m_size.width)
         {
             if (!m_wrapsInX) return std::nullopt;
-            neighbour.x += neighbour.x < 0 ? m_size.width : -m_size.width;
-            if (neighbour.x < 0 || neighbour.x >= m_size.width) return std::nullopt;
+            x += x < 0 ? m_size.width : -m_size.width;
+            if (x < 0 || x >= m_size.width) return std::nullopt;
         }
-        return neighbour;
+        return cv::Point(static_cast<int>(x), static_cast<int>(y));
     }
 
     /// For each offset, the distance in bytes from a pixel of @p plane to that neighbour, valid at interior pixels.

@@ -23,8 +23,8 @@ namespace morvane::connexity
 /// The root of all conditions on one-channel images: every step is allowed.
 ///
 /// Derive from it to write a condition of one's own. A walk calls Reset() before each zone, Add() for each pixel that
-/// enters the zone, the seed first, and IsConnected() for each neighbour of each pixel of the zone, also for neighbours
-/// that the zone already holds.
+/// enters the zone, the seed first, and IsConnected() for each neighbour of each pixel of the zone that lies inside the
+/// image, also for neighbours that the zone already holds; a walk that passes over empty pixels does not ask about them.
 ///
 /// @tparam T element type of the walked image
 template <common::Element T>
@@ -239,7 +239,8 @@ public:
 /// The Euclidean distance of two pixel vectors, exactly as `cv::norm(one, other, cv::NORM_L2)` computes it.
 ///
 /// The differences are taken in the element type (`int` wraps, `float` rounds), their squares are summed in double from
-/// the first channel to the last.
+/// the first channel to the last. Where a caller's compiler is allowed to fuse multiplication and addition (GCC and Clang
+/// for machines that have the instruction, without `-ffp-contract=off`), the last bit may differ in his own walks.
 template <common::Element T, int N>
 [[nodiscard]] inline double EuclideanDistance(cv::Vec<T, N> const & one, cv::Vec<T, N> const & other)
 {

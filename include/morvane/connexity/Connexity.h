@@ -56,21 +56,21 @@ public:
     Connexity & operator=(Connexity const & other);
 
     /// The offset at @p index in visiting order; @p index must be below size(), which is not checked.
-    cv::Point_<int> & operator[](std::size_t index) { return m_offsets[index]; }
+    cv::Point_<int> & operator[](std::size_t index);
     /// @copydoc operator[](std::size_t)
-    cv::Point_<int> const & operator[](std::size_t index) const { return m_offsets[index]; }
+    cv::Point_<int> const & operator[](std::size_t index) const;
 
     /// The first offset in visiting order.
-    std::vector<cv::Point_<int>>::iterator begin() { return m_offsets.begin(); }
+    std::vector<cv::Point_<int>>::iterator begin();
     /// Behind the last offset.
-    std::vector<cv::Point_<int>>::iterator end() { return m_offsets.end(); }
+    std::vector<cv::Point_<int>>::iterator end();
     /// @copydoc begin()
-    std::vector<cv::Point_<int>>::const_iterator begin() const { return m_offsets.begin(); }
+    std::vector<cv::Point_<int>>::const_iterator begin() const;
     /// @copydoc end()
-    std::vector<cv::Point_<int>>::const_iterator end() const { return m_offsets.end(); }
+    std::vector<cv::Point_<int>>::const_iterator end() const;
 
     /// The number of offsets.
-    [[nodiscard]] std::size_t size() const { return m_offsets.size(); }
+    [[nodiscard]] std::size_t size() const;
 
     /// The offsets laid over an image of @p size, ready to walk.
     friend MORVANE_EXPORT common::Neighbourhood NeighbourhoodOver(Connexity const & connexity, cv::Size size);

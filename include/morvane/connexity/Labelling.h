@@ -87,7 +87,8 @@ LabelFlatZonesNoZero(cv::Mat const & image, eConnexityType const & connexity, cv
 /// @param connexity the neighbourhood
 /// @param labels overwritten whole, never reallocated; otherwise as for Label()
 /// @return true when the labels were written. False, with `labels` untouched, when an image has more than one channel,
-///         the sizes differ, or the depth of the first, of the second or of the labels is refused, in this order.
+///         the sizes differ, or the depth of the first, of the second or of the labels is refused, in this order; also
+///         for matrices of more than two dimensions.
 /// @throws as for Label()
 ///
 /// Cost, threads and aliasing as for Label().
@@ -128,7 +129,7 @@ LabelDeltaFlatZones(cv::Mat const & image, eConnexityType const & connexity, dou
 /// @param labels overwritten whole, never reallocated; otherwise as for Label()
 /// @return true when the labels were written. False, with `labels` untouched, when the sizes differ, the depth of the
 ///         first, of the second or of the labels is refused, the numbers of channels differ, or are more than 4, looked
-///         at in this order.
+///         at in this order; also for matrices of more than two dimensions.
 /// @throws as for Label()
 ///
 /// Cost, threads and aliasing as for Label().
@@ -158,8 +159,8 @@ LabelDeltaFlatZonesNoZero(cv::Mat const & image, eConnexityType const & connexit
 /// @param labels overwritten whole, never reallocated; otherwise as for Label()
 /// @return true when the labels were written, and **also true, with `labels` untouched, when the depth of the labels is
 ///         refused or the images have more than 4 channels**. False, with `labels` untouched, when the sizes differ,
-///         the depth of the first or of the second image is refused, or the numbers of channels differ. The depth of
-///         the labels is looked at before the channels.
+///         the depth of the first or of the second image is refused, or the numbers of channels differ, and for
+///         matrices of more than two dimensions. The depth of the labels is looked at before the channels.
 /// @throws as for Label()
 ///
 /// Cost, threads and aliasing as for Label().
@@ -182,7 +183,7 @@ LabelDeltaFlatZonesNoZero(cv::Mat const & image, eConnexityType const & connexit
 ///         than 4 channels**, with `labels` untouched
 /// @throws as for Label()
 ///
-/// Cost, threads and aliasing as for Label(), and 4 more bytes for each run of pixels.
+/// Cost, threads and aliasing as for Label(), and 4 more bytes for each run of pixels (8 from 4,294,967,295 pixels on).
 [[nodiscard]] MORVANE_EXPORT bool LabelDeltaFlatZonesWithAreaCondition(
     cv::Mat const & image, cv::Mat const & second, eConnexityType const & connexity, double delta1, double delta2,
     int area, cv::Mat & labels);
