@@ -103,7 +103,8 @@ void Outputs::DeclareText(fs::path const & file, std::vector<fs::path> const & i
     if (fs::exists(status) && !fs::is_regular_file(status)) throw ProgramError(file, "is there and is no plain file");
     for (fs::path const & input : inputs)
     {
-        if (!input.empty() && IsSamePlace(file, input)) throw ProgramError(file, "is the input, which would be overwritten");
+        if (!input.empty() && IsSamePlace(file, input))
+            throw ProgramError(file, "is the input, which would be overwritten");
     }
     for (fs::path const & other : m_declared)
     {
