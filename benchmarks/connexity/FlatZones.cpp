@@ -63,88 +63,90 @@ void WalkDeltaZones(cv::Mat const & image, eConnexityType connexity, double delt
     if (image.depth() == CV_32F) WalkDelta<float>(image, connexity, delta, labels);
 }
 
-void RegisterFlat(Input const & input, int side, eConnexityType connexity, std::string const & where)
+/// Times an operator that writes labels: @p label takes the image and the labels.
+template <class Operator>
+void TimeLabels(std::string const & name, Input const & input, int side, Operator const & label)
 {
     benchmarks::Time(
-        "LabelFlatZones/morvane/" + where,
+        name,
         [=] {
             return [=, image = input.make(side), labels = cv::Mat(side, side, CV_32SC1)]() mutable {
-                return LabelFlatZones(image, connexity, labels);
-            };
-        },
-        side);
-    benchmarks::Time(
-        "LabelFlatZones/walk/" + where,
-        [=] {
-            return [=, image = input.make(side), labels = cv::Mat(side, side, CV_32SC1)]() mutable {
-                WalkFlatZones(image, connexity, labels);
-                return true;
-            };
-        },
-        side);
-    benchmarks::Time(
-        "LabelFlatZonesNoZero/morvane/" + where,
-        [=] {
-            return [=, image = input.make(side), labels = cv::Mat(side, side, CV_32SC1)]() mutable {
-                return LabelFlatZonesNoZero(image, connexity, labels);
-            };
-        },
-        side);
-    benchmarks::Time(
-        "LabelFlatZonesNoZero2/morvane/" + where,
-        [=] {
-            return [=, image = input.make(side), labels = cv::Mat(side, side, CV_32SC1)]() mutable {
-                return LabelFlatZonesNoZero(image, image, connexity, labels);
-            };
-        },
-        side);
-    benchmarks::Time(
-        "CountFlatZones/morvane/" + where,
-        [=] {
-            return [=, image = input.make(side)]() {
-                int count = 0;
-                return CountFlatZones(image, connexity, count);
+                return label(image, labels);
             };
         },
         side);
 }
 
+/// Times an operator that counts.
+template <class Operator>
+void TimeCount(std::string const & name, Input const & input, int side, Operator const & count)
+{
+    benchmarks::Time(
+        name,
+        [=] {
+            return [=, image = input.make(side)] {
+                int zones = 0;
+                return count(image, zones);
+            };
+        },
+        side);
+}
+
+void RegisterFlat(Input const & input, int side, eConnexityType connexity, std::string const & where)
+{
+    TimeLabels("LabelFlatZones/morvane/" + where, input, side, [=](cv::Mat const & image, cv::Mat & labels) {
+        return LabelFlatZones(image, connexity, labels);
+    });
+    TimeLabels("LabelFlatZones/walk/" + where, input, side, [=](cv::Mat const & image, cv::Mat & labels) {
+        WalkFlatZones(image, connexity, labels);
+        return true;
+    });
+    TimeLabels("LabelFlatZonesNoZero/morvane/" + where, input, side, [=](cv::Mat const & image, cv::Mat & labels) {
+        return LabelFlatZonesNoZero(image, connexity, labels);
+    });
+    TimeLabels("LabelFlatZonesNoZero2/morvane/" + where, input, side, [=](cv::Mat const & image, cv::Mat & labels) {
+        return LabelFlatZonesNoZero(image, image, connexity, labels);
+    });
+}
+
+void RegisterCounts(Input const & input, int side, eConnexityType connexity, std::string const & where)
+{
+    TimeCount("CountFlatZones/morvane/" + where, input, side, [=](cv::Mat const & image, int & count) {
+        return CountFlatZones(image, connexity, count);
+    });
+    TimeCount("CountFlatZonesNoZero/morvane/" + where, input, side, [=](cv::Mat const & image, int & count) {
+        return CountFlatZonesNoZero(image, connexity, count);
+    });
+    TimeCount("CountZones/morvane/" + where, input, side, [=](cv::Mat const & image, int & count) {
+        return CountZones(image, connexity, count);
+    });
+    TimeLabels("CountZones/Label/" + where, input, side, [=](cv::Mat const & image, cv::Mat & labels) {
+        return Label(image, connexity, labels);
+    });
+}
+
 void RegisterDelta(Input const & input, int side, eConnexityType connexity, std::string const & where)
 {
     double const delta = input.delta;
-    benchmarks::Time(
-        "LabelDeltaFlatZones/morvane/" + where,
-        [=] {
-            return [=, image = input.make(side), labels = cv::Mat(side, side, CV_32SC1)]() mutable {
-                return LabelDeltaFlatZones(image, connexity, delta, labels);
-            };
-        },
-        side);
-    benchmarks::Time(
-        "LabelDeltaFlatZones/walk/" + where,
-        [=] {
-            return [=, image = input.make(side), labels = cv::Mat(side, side, CV_32SC1)]() mutable {
-                WalkDeltaZones(image, connexity, delta, labels);
-                return true;
-            };
-        },
-        side);
-    benchmarks::Time(
-        "LabelDeltaFlatZonesNoZero/morvane/" + where,
-        [=] {
-            return [=, image = input.make(side), labels = cv::Mat(side, side, CV_32SC1)]() mutable {
-                return LabelDeltaFlatZonesNoZero(image, connexity, delta, labels);
-            };
-        },
-        side);
-    benchmarks::Time(
-        "LabelDeltaFlatZones2/morvane/" + where,
-        [=] {
-            return [=, image = input.make(side), labels = cv::Mat(side, side, CV_32SC1)]() mutable {
-                return LabelDeltaFlatZones(image, image, connexity, delta, delta, labels);
-            };
-        },
-        side);
+    TimeLabels("LabelDeltaFlatZones/morvane/" + where, input, side, [=](cv::Mat const & image, cv::Mat & labels) {
+        return LabelDeltaFlatZones(image, connexity, delta, labels);
+    });
+    TimeLabels("LabelDeltaFlatZones/walk/" + where, input, side, [=](cv::Mat const & image, cv::Mat & labels) {
+        WalkDeltaZones(image, connexity, delta, labels);
+        return true;
+    });
+    TimeLabels("LabelDeltaFlatZonesNoZero/morvane/" + where, input, side, [=](cv::Mat const & image, cv::Mat & labels) {
+        return LabelDeltaFlatZonesNoZero(image, connexity, delta, labels);
+    });
+    TimeLabels("LabelDeltaFlatZones2/morvane/" + where, input, side, [=](cv::Mat const & image, cv::Mat & labels) {
+        return LabelDeltaFlatZones(image, image, connexity, delta, delta, labels);
+    });
+    TimeLabels(
+        "LabelDeltaFlatZonesWithAreaCondition/morvane/" + where, input, side,
+        [=](cv::Mat const & image, cv::Mat & labels) {
+            constexpr int kArea = 100;
+            return LabelDeltaFlatZonesWithAreaCondition(image, image, connexity, delta, delta, kArea, labels);
+        });
 }
 
 [[maybe_unused]] bool const registered = [] {
@@ -157,6 +159,7 @@ void RegisterDelta(Input const & input, int side, eConnexityType connexity, std:
                 std::string const where =
                     input.name + (connexity == eConnexity4 ? "-4/" : "-8/") + std::to_string(side);
                 RegisterFlat(input, side, connexity, where);
+                RegisterCounts(input, side, connexity, where);
                 RegisterDelta(input, side, connexity, where);
             }
         }
