@@ -36,7 +36,7 @@ protected:
         arguments.insert(arguments.end(), switches.begin(), switches.end());
         process::Outcome const outcome = Run(arguments);
         EXPECT_EQ(outcome.status, 0) << outcome.errors;
-        cv::Mat const labels = Read(In("labels.tif"));
+        cv::Mat labels = Read(In("labels.tif"));
         EXPECT_EQ(labels.type(), CV_32SC1);
         double zones = 0.0;
         cv::minMaxIdx(labels, nullptr, &zones);

@@ -36,7 +36,7 @@ protected:
     {
         arguments.insert(arguments.end(), {"--grey", In("grey.png")});
         Map(arguments);
-        cv::Mat const picture = Read(In("grey.png"));
+        cv::Mat picture = Read(In("grey.png"));
         EXPECT_EQ(picture.type(), CV_8UC1);
         return picture;
     }
@@ -45,7 +45,7 @@ protected:
     {
         arguments.insert(arguments.end(), {"--colour", In("colour.png")});
         Map(arguments);
-        cv::Mat const picture = Read(In("colour.png"));
+        cv::Mat picture = Read(In("colour.png"));
         EXPECT_EQ(picture.type(), CV_8UC3);
         return picture;
     }

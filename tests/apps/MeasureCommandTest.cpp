@@ -26,7 +26,7 @@ protected:
         ASSERT_TRUE(cv::imwrite(In("labels.tif"), labels));
     }
 
-    [[nodiscard]] std::string Measured(std::vector<std::string> arguments) const
+    [[nodiscard]] static std::string Measured(std::vector<std::string> arguments)
     {
         arguments.insert(arguments.begin(), "measure");
         process::Outcome const outcome = Run(arguments);

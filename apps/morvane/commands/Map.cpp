@@ -20,7 +20,8 @@ namespace fs = std::filesystem;
 /// The image with 0 in place of NaN, for which the maps have no place: it counts as nothing measured elsewhere.
 cv::Mat WithoutNaN(cv::Mat const & image)
 {
-    cv::Mat const isNaN = image != image;
+    cv::Mat isNaN;
+    cv::compare(image, image, isNaN, cv::CMP_NE);
     cv::Mat numbers = image.clone();
     numbers.setTo(0.0, isNaN);
     return numbers;
