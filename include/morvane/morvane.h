@@ -9,5 +9,6 @@
 #include <morvane/connexity/ConnectedZoneScan.h>
 #include <morvane/connexity/Connexity.h>
 #include <morvane/connexity/Labelling.h>
+#include <morvane/connexity/RegionalExtrema.h>
 #include <morvane/connexity/ZoneMeasures.h>
 #include <morvane/visual/ColorMaps.h>

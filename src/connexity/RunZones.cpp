@@ -274,16 +274,43 @@ void RunZones<Run>::WriteLabelsAbove(std::uint64_t area, cv::Mat & labels) &&
 {
     m_forest.Flatten();
     std::vector<Run> areas = RunLengths();
-    std::vector<Run> runLabels = m_forest.Release();
-    for (std::size_t run = 1; run < runLabels.size(); ++run)
+    for (std::size_t run = 1; run < areas.size(); ++run)
     {
-        if (runLabels[run] != run) areas[runLabels[run]] += areas[run];
+        Run const root = m_forest.Parent(static_cast<Run>(run));
+        if (root != run) areas[root] += areas[run];
     }
+    WriteKept<Out>([&](Run root) { return areas[root] > area; }, labels);
+}
+
+template <class Run>
+Run RunZones<Run>::RunAt(cv::Point pixel) const
+{
+    return RowAt(pixel.y).RunAt(pixel.x);
+}
+
+template <class Run>
+template <class Out>
+void RunZones<Run>::WriteLabelsWithout(std::vector<Run> const & runs, cv::Mat & labels) &&
+{
+    m_forest.Flatten();
+    std::vector<uchar> isLeftOut(m_forest.Runs() + 1, 0);
+    for (Run const run : runs)
+    {
+        isLeftOut[m_forest.Parent(run)] = 1;
+    }
+    WriteKept<Out>([&](Run root) { return isLeftOut[root] == 0; }, labels);
+}
+
+template <class Run>
+template <class Out, class Keeps>
+void RunZones<Run>::WriteKept(Keeps const & keeps, cv::Mat & labels)
+{
+    std::vector<Run> runLabels = m_forest.Release();
     Run zones = 0;
     for (std::size_t run = 1; run < runLabels.size(); ++run)
     {
         bool const isRoot = runLabels[run] == run;
-        Run const label = isRoot && areas[run] > area ? ++zones : 0;
+        Run const label = isRoot && keeps(static_cast<Run>(run)) ? ++zones : 0;
         runLabels[run] = isRoot ? label : runLabels[runLabels[run]];
     }
     Write<Out>(runLabels, labels);
@@ -313,15 +340,21 @@ template void RunZones<std::uint32_t>::WriteLabels<uchar>(cv::Mat &) &&;
 template void RunZones<std::uint32_t>::WriteLabels<ushort>(cv::Mat &) &&;
 template void RunZones<std::uint32_t>::WriteLabels<int>(cv::Mat &) &&;
 template void RunZones<std::uint32_t>::WriteLabelsAbove<uchar>(std::uint64_t, cv::Mat &) &&;
+template void RunZones<std::uint32_t>::WriteLabelsWithout<uchar>(std::vector<std::uint32_t> const &, cv::Mat &) &&;
 template void RunZones<std::uint32_t>::WriteLabelsAbove<ushort>(std::uint64_t, cv::Mat &) &&;
+template void RunZones<std::uint32_t>::WriteLabelsWithout<ushort>(std::vector<std::uint32_t> const &, cv::Mat &) &&;
 template void RunZones<std::uint32_t>::WriteLabelsAbove<int>(std::uint64_t, cv::Mat &) &&;
+template void RunZones<std::uint32_t>::WriteLabelsWithout<int>(std::vector<std::uint32_t> const &, cv::Mat &) &&;
 
 template class RunZones<std::uint64_t>;
 template void RunZones<std::uint64_t>::WriteLabels<uchar>(cv::Mat &) &&;
 template void RunZones<std::uint64_t>::WriteLabels<ushort>(cv::Mat &) &&;
 template void RunZones<std::uint64_t>::WriteLabels<int>(cv::Mat &) &&;
 template void RunZones<std::uint64_t>::WriteLabelsAbove<uchar>(std::uint64_t, cv::Mat &) &&;
+template void RunZones<std::uint64_t>::WriteLabelsWithout<uchar>(std::vector<std::uint64_t> const &, cv::Mat &) &&;
 template void RunZones<std::uint64_t>::WriteLabelsAbove<ushort>(std::uint64_t, cv::Mat &) &&;
+template void RunZones<std::uint64_t>::WriteLabelsWithout<ushort>(std::vector<std::uint64_t> const &, cv::Mat &) &&;
 template void RunZones<std::uint64_t>::WriteLabelsAbove<int>(std::uint64_t, cv::Mat &) &&;
+template void RunZones<std::uint64_t>::WriteLabelsWithout<int>(std::vector<std::uint64_t> const &, cv::Mat &) &&;
 
 } // namespace morvane::connexity::labelling_internals

@@ -50,6 +50,16 @@ public:
     template <class Out>
     void WriteLabelsAbove(std::uint64_t area, cv::Mat & labels) &&;
 
+    /// Where runs start.
+    [[nodiscard]] common::BitImage const & RunStarts() const { return m_starts; }
+
+    /// The run that holds a pixel that takes part: numbered from 1 on, in raster order.
+    [[nodiscard]] Run RunAt(cv::Point pixel) const;
+
+    /// As WriteLabels(), without the zones to which one of @p runs belongs; these get 0 and consume no label.
+    template <class Out>
+    void WriteLabelsWithout(std::vector<Run> const & runs, cv::Mat & labels) &&;
+
 private:
     using Word = common::BitImage::Word;
 
@@ -69,6 +79,10 @@ private:
 
     /// The number of pixels of each run.
     [[nodiscard]] std::vector<Run> RunLengths() const;
+
+    /// Numbers the zones whose roots @p keeps and writes them. Parents are roots already.
+    template <class Out, class Keeps>
+    void WriteKept(Keeps const & keeps, cv::Mat & labels);
 
     template <class Out>
     void Write(std::vector<Run> const & runLabels, cv::Mat & labels) const;
