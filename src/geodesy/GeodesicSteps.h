@@ -1,0 +1,27 @@
+/// @file
+/// One geodesic step with an element of any size: what the operators of this namespace repeat.
+#pragma once
+
+#include <morvane/common/Neighbourhood.h>
+
+#include <opencv2/core.hpp>
+
+namespace morvane::geodesy
+{
+
+/// One dilation of @p marker, clipped by @p mask before and after. Nothing is checked.
+///
+/// @param shape code of `cv::getStructuringElement`
+/// @return whether @p out is not empty
+/// @throws cv::Exception for what OpenCV's morphology does not take
+bool GeoDilateBySize(cv::Mat const & marker, cv::Mat const & mask, int shape, cv::Mat & out, cv::Size kernelSize);
+
+/// One erosion of @p marker, bounded from below by @p mask. Otherwise as GeoDilateBySize().
+bool GeoErodeBySize(cv::Mat const & marker, cv::Mat const & mask, int shape, cv::Mat & out, cv::Size kernelSize);
+
+/// The steps from a pixel to those that it reaches in one dilation or erosion, over an image of @p size.
+///
+/// @throws cv::Exception for a shape or a size that OpenCV does not take
+[[nodiscard]] common::Neighbourhood ReachOfElement(int shape, cv::Size kernelSize, cv::Size size);
+
+} // namespace morvane::geodesy
