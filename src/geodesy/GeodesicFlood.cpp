@@ -1,15 +1,19 @@
 #include "geodesy/GeodesicFlood.h"
 
+#include "common/BitImage.h"
 #include "common/Dispatch.h"
 #include "common/PaddedGrid.h"
 #include "geodesy/GeodesicSteps.h"
 
+#include <algorithm>
+#include <array>
 #include <memory>
 #include <vector>
 
 namespace morvane::geodesy::distance_internals
 {
 
+using common::BitImage;
 using common::Neighbourhood;
 using common::PaddedGrid;
 
@@ -34,20 +38,20 @@ public:
         : m_states(grid.Total(), kClosed)
         , m_reached(std::make_unique_for_overwrite<Index[]>(mask.total() + 1))
     {
+        BitImage seeds(1, mask.cols);
         for (int y = 0; y < mask.rows; ++y)
         {
-            T const * const isSeed = marker.ptr<T>(y);
-            T const * const isRegion = mask.ptr<T>(y);
             Index const start = grid.RowStart(y);
-            for (int x = 0; x < mask.cols; ++x)
+            uchar const found = SetStates(marker.ptr<T>(y), mask.ptr<T>(y), m_states.data() + start, mask.cols);
+            m_startsOutside = m_startsOutside || (found & kSeed) != 0;
+            common::FillBits(mask.cols, seeds.Row(0), [isSeed = marker.ptr<T>(y), isRegion = mask.ptr<T>(y)](int x) {
+                return (isSeed[x] != 0) & (isRegion[x] != 0);
+            });
+            for (int word = 0; word < seeds.WordsPerRow(); ++word)
             {
-                Index const element = start + static_cast<Index>(x);
-                bool const starts = isSeed[x] != 0;
-                bool const isInside = isRegion[x] != 0;
-                m_states[element] = isInside ? (starts ? kClosed : kOpen) : (starts ? kSeed : kClosed);
-                m_reached[m_count] = element;
-                m_count += starts && isInside ? 1 : 0;
-                m_startsOutside = m_startsOutside || (starts && !isInside);
+                Index const first = start + static_cast<Index>(word) * BitImage::kWordBits;
+                common::ForEachBit(
+                    seeds.Row(0)[word], [&](int bit) { m_reached[m_count++] = first + static_cast<Index>(bit); });
             }
         }
         Spread(grid);
@@ -56,9 +60,9 @@ public:
     [[nodiscard]] bool StartsInside() const { return m_count > 0; }
     [[nodiscard]] bool StartsOutside() const { return m_startsOutside; }
     [[nodiscard]] std::size_t Deepest() const { return m_levels.size() - 1; }
-    [[nodiscard]] State StateOf(Index element) const { return static_cast<State>(m_states[element]); }
+    [[nodiscard]] uchar const * States() const { return m_states.data(); }
 
-    /// Calls @p visit with each reached element and its distance.
+    /// Calls @p visit with the elements of each distance, as the first and the end, and the distance.
     template <class Visit>
     void ForEachReached(Visit && visit) const
     {
@@ -71,10 +75,36 @@ public:
     }
 
 private:
+    /// The states of one row. @return all of them, as bits
+    template <class T>
+    static uchar SetStates(T const * marker, T const * mask, uchar * __restrict states, int cols)
+    {
+        uchar found = 0;
+        for (int x = 0; x < cols; ++x)
+        {
+            uchar const whenSeed = mask[x] != 0 ? kClosed : kSeed;
+            uchar const otherwise = mask[x] != 0 ? kOpen : kClosed;
+            states[x] = marker[x] != 0 ? whenSeed : otherwise;
+            found = static_cast<uchar>(found | states[x]);
+        }
+        return found;
+    }
+
     void Spread(PaddedGrid<Index> const & grid)
     {
-        Index * const reached = m_reached.get();
-        uchar * const states = m_states.data();
+        if (grid.Steps().size() == 8) return SpreadBy<8>(grid.Steps());
+        if (grid.Steps().size() == 4) return SpreadBy<4>(grid.Steps());
+        SpreadBy<0>(grid.Steps());
+    }
+
+    template <std::size_t kSteps>
+    void SpreadBy(std::vector<Index> const & gridSteps)
+    {
+        // Copies on the stack, which the stores of bytes below cannot change.
+        std::array<Index, kSteps> steps{};
+        std::copy_n(gridSteps.begin(), kSteps, steps.begin());
+        Index * __restrict const reached = m_reached.get();
+        uchar * __restrict const states = m_states.data();
         std::size_t count = m_count;
         std::size_t front = 0;
         do
@@ -82,14 +112,15 @@ private:
             m_levels.push_back(count);
             for (std::size_t const end = count; front < end; ++front)
             {
-                for (Index const step : grid.Steps())
+                Index const element = reached[front];
+                for (Index const step : steps)
                 {
                     // Without a branch, as which neighbours are open cannot be predicted.
-                    Index const neighbour = reached[front] + step;
-                    uchar const isOpen = states[neighbour] & kOpen;
+                    Index const neighbour = element + step;
+                    uchar const state = states[neighbour];
                     reached[count] = neighbour;
-                    count += isOpen;
-                    states[neighbour] = static_cast<uchar>(states[neighbour] & ~kOpen);
+                    count += state & kOpen;
+                    states[neighbour] = static_cast<uchar>(state & ~kOpen);
                 }
             }
         } while (count > m_levels.back());
@@ -126,13 +157,13 @@ void WriteTyped(cv::Mat const & marker, cv::Mat const & mask, Neighbourhood cons
     auto const unreached = cv::saturate_cast<T>(counts.Unreached());
     for (int y = 0; y < out.rows; ++y)
     {
-        T * const row = out.ptr<T>(y);
-        Index const start = grid.RowStart(y);
+        T * __restrict const row = out.ptr<T>(y);
+        uchar const * const states = flood.States() + grid.RowStart(y);
+        T const * const reached = values.data() + grid.RowStart(y);
         for (int x = 0; x < out.cols; ++x)
         {
-            Index const element = start + static_cast<Index>(x);
-            T const other = flood.StateOf(element) == kSeed ? outside : unreached;
-            row[x] = values[element] != 0 ? values[element] : other;
+            T const other = states[x] == kSeed ? outside : unreached;
+            row[x] = reached[x] != 0 ? reached[x] : other;
         }
     }
 }
