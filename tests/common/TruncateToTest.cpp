@@ -26,6 +26,8 @@ static_assert(TruncateTo<uchar>(300.7) == 44);
 static_assert(TruncateTo<uchar>(kNaN) == 0);
 static_assert(TruncateTo<int>(kInfinity) == kSmallestInt);
 static_assert(TruncateTo<int>(1e300) == kSmallestInt);
+static_assert(TruncateTo<int>(2147483648.0) == kSmallestInt);
+static_assert(TruncateTo<int>(-2147483649.0) == kSmallestInt);
 static_assert(TruncateTo<double>(-2.9) == -2.9);
 
 /// A number and what the integer types make of it.
