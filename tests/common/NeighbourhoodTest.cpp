@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -20,6 +22,8 @@ namespace
 
 /// Offsets farther out and less regular than those of the shapes.
 std::vector<cv::Point> const kSkewed{{-3, 1}, {0, 5}, {1, -1}, {4, 0}};
+
+constexpr int kWidest = std::numeric_limits<int>::max();
 
 std::optional<cv::Point> PlainNeighbour(cv::Point pixel, cv::Point offset, bool wraps, cv::Size size)
 {
@@ -93,6 +97,54 @@ TEST(Neighbourhood, NeverWrapsRows)
     EXPECT_EQ(neighbourhood.Neighbour({0, 0}, 2), std::nullopt);
     EXPECT_EQ(neighbourhood.Neighbour({3, 2}, 3), std::nullopt);
     EXPECT_EQ(neighbourhood.Neighbour({3, 1}, 3), cv::Point(0, 2));
+}
+
+TEST(Neighbourhood, EndsWhereAnIntDoes)
+{
+    std::vector<cv::Point> const offsets{{2, 0}, {1, 0}, {-2, 0}, {0, 2}, {0, 1}, {0, -2}, {2, 2}, {-2, -2}};
+    Neighbourhood const neighbourhood(offsets, false, {kWidest, kWidest});
+    cv::Point const last(kWidest - 1, kWidest - 1);
+    EXPECT_EQ(neighbourhood.Neighbour(last, 0), std::nullopt);
+    EXPECT_EQ(neighbourhood.Neighbour(last, 1), std::nullopt);
+    EXPECT_EQ(neighbourhood.Neighbour(last, 2), cv::Point(kWidest - 3, kWidest - 1));
+    EXPECT_EQ(neighbourhood.Neighbour(last, 3), std::nullopt);
+    EXPECT_EQ(neighbourhood.Neighbour(last, 4), std::nullopt);
+    EXPECT_EQ(neighbourhood.Neighbour(last, 5), cv::Point(kWidest - 1, kWidest - 3));
+    EXPECT_EQ(neighbourhood.Neighbour(last, 6), std::nullopt);
+    EXPECT_EQ(neighbourhood.Neighbour(last, 7), cv::Point(kWidest - 3, kWidest - 3));
+    EXPECT_EQ(neighbourhood.Neighbour({kWidest - 3, kWidest - 3}, 6), last);
+    EXPECT_TRUE(neighbourhood.IsInterior({kWidest - 3, kWidest - 3}));
+    EXPECT_FALSE(neighbourhood.IsInterior({kWidest - 2, kWidest - 3}));
+    EXPECT_FALSE(neighbourhood.IsInterior({kWidest - 3, kWidest - 2}));
+    EXPECT_TRUE(neighbourhood.IsInterior({2, 2}));
+    EXPECT_FALSE(neighbourhood.IsInterior({1, 2}));
+}
+
+TEST(Neighbourhood, WrapsTheWidestImages)
+{
+    std::vector<cv::Point> const offsets{{2, 0}, {1, 1}, {-2, 0}, {-1, -1}, {0, 2}};
+    for (int const width : {kWidest - 1, kWidest})
+    {
+        Neighbourhood const neighbourhood(offsets, true, {width, 3});
+        EXPECT_EQ(neighbourhood.Neighbour({width - 1, 1}, 0), cv::Point(1, 1));
+        EXPECT_EQ(neighbourhood.Neighbour({width - 2, 1}, 0), cv::Point(0, 1));
+        EXPECT_EQ(neighbourhood.Neighbour({width - 3, 1}, 0), cv::Point(width - 1, 1));
+        EXPECT_EQ(neighbourhood.Neighbour({width - 1, 1}, 1), cv::Point(0, 2));
+        EXPECT_EQ(neighbourhood.Neighbour({0, 1}, 2), cv::Point(width - 2, 1));
+        EXPECT_EQ(neighbourhood.Neighbour({0, 1}, 3), cv::Point(width - 1, 0));
+        EXPECT_EQ(neighbourhood.Neighbour({width - 1, 1}, 4), std::nullopt);
+    }
+}
+
+TEST(Neighbourhood, LinearOffsetsOfTheLargestImagesNeedMoreThan32Bits)
+{
+    // Only a header: nothing is read. A row takes 8 GiB.
+    constexpr int kCols = 1 << 28;
+    double pixel[4] = {};
+    cv::Mat const plane(3, kCols, CV_64FC4, pixel);
+    auto const offsets = Neighbourhood({{1, 0}, {-1, -1}, {0, 2}}, false, plane.size()).LinearOffsets(plane);
+    constexpr std::ptrdiff_t kRow = std::ptrdiff_t{32} * kCols;
+    EXPECT_EQ(offsets, std::vector<std::ptrdiff_t>({32, -kRow - 32, 2 * kRow}));
 }
 
 TEST(Neighbourhood, CallsAllPixelsButTheBorderInterior)
