@@ -11,4 +11,6 @@
 #include <morvane/connexity/Labelling.h>
 #include <morvane/connexity/RegionalExtrema.h>
 #include <morvane/connexity/ZoneMeasures.h>
+#include <morvane/geodesy/GeodesicOperators.h>
+#include <morvane/geodesy/Reconstruction.h>
 #include <morvane/visual/ColorMaps.h>

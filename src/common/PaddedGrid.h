@@ -26,7 +26,7 @@ class PaddedGrid
 public:
     PaddedGrid(Neighbourhood const & neighbourhood, cv::Size size)
         : m_size(size)
-        , m_margin(Margin(neighbourhood))
+        , m_margin(ReachOf(neighbourhood))
         , m_stride(static_cast<Index>(size.width) + 2 * m_margin)
     {
         for (std::size_t index = 0; index < neighbourhood.Count(); ++index)
@@ -43,6 +43,9 @@ public:
     {
         return (static_cast<std::size_t>(m_size.height) + 2 * static_cast<std::size_t>(m_margin)) * m_stride;
     }
+
+    /// How many elements lie beside each row, on either side, and rows above and below the image.
+    [[nodiscard]] Index Margin() const { return m_margin; }
 
     /// The element of the first pixel of row @p y; those of the others follow.
     [[nodiscard]] Index RowStart(int y) const { return (static_cast<Index>(y) + m_margin) * m_stride + m_margin; }
@@ -63,7 +66,7 @@ public:
     }
 
 private:
-    static Index Margin(Neighbourhood const & neighbourhood)
+    static Index ReachOf(Neighbourhood const & neighbourhood)
     {
         int reach = 0;
         for (std::size_t index = 0; index < neighbourhood.Count(); ++index)
@@ -79,6 +82,28 @@ private:
     Index m_stride;
     std::vector<Index> m_steps;
 };
+
+/// The pixels of an image on a padded plane.
+template <class T, class Index>
+[[nodiscard]] std::vector<T> PlaneOf(cv::Mat const & image, PaddedGrid<Index> const & grid, T margin)
+{
+    std::vector<T> plane(grid.Total(), margin);
+    for (int y = 0; y < image.rows; ++y)
+    {
+        std::copy_n(image.ptr<T>(y), image.cols, plane.data() + grid.RowStart(y));
+    }
+    return plane;
+}
+
+/// The pixels of a padded plane in an image of the grid's size.
+template <class T, class Index>
+void CopyPlane(std::vector<T> const & plane, PaddedGrid<Index> const & grid, cv::Mat & image)
+{
+    for (int y = 0; y < image.rows; ++y)
+    {
+        std::copy_n(plane.data() + grid.RowStart(y), image.cols, image.ptr<T>(y));
+    }
+}
 
 /// Calls @p leaf with the type that numbers the elements of a grid: 32 bits where they do, which is half the memory
 /// traffic.

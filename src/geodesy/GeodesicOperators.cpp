@@ -12,14 +12,6 @@ using common::SameSize;
 namespace
 {
 
-/// The checks that both steps begin with; an empty @p out is made.
-bool IsReady(cv::Mat const & marker, cv::Mat const & mask, cv::Mat & out)
-{
-    if (!common::IsRaster(marker) || marker.type() != mask.type()) return false;
-    if (out.empty()) out.create(marker.size(), marker.type());
-    return out.type() == marker.type() && SameSize(marker, mask, out);
-}
-
 /// Lets OpenCV say whether it dilates images of this type with this shape. @throws cv::Exception when it does not
 void CheckWithOpenCV(int type, int shape)
 {
@@ -32,12 +24,12 @@ void CheckWithOpenCV(int type, int shape)
 
 bool GeoDilate(cv::Mat const & marker, cv::Mat const & mask, int shape, cv::Mat & out, int kernelSize)
 {
-    return IsReady(marker, mask, out) && GeoDilateBySize(marker, mask, shape, out, {kernelSize, kernelSize});
+    return AreReady(marker, mask, out) && GeoDilateBySize(marker, mask, shape, out, {kernelSize, kernelSize});
 }
 
 bool GeoErode(cv::Mat const & marker, cv::Mat const & mask, int shape, cv::Mat & out)
 {
-    return IsReady(marker, mask, out) && GeoErodeBySize(marker, mask, shape, out, {3, 3});
+    return AreReady(marker, mask, out) && GeoErodeBySize(marker, mask, shape, out, {3, 3});
 }
 
 bool GeodesicDistance(cv::Mat const & marker, cv::Mat const & mask, int shape, cv::Mat & out)

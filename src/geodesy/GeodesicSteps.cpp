@@ -1,5 +1,7 @@
 #include "geodesy/GeodesicSteps.h"
 
+#include "common/Dispatch.h"
+
 #include <opencv2/imgproc.hpp>
 
 #include <utility>
@@ -17,6 +19,13 @@ cv::Point const kCentre(-1, -1);
 constexpr int kBorder = static_cast<int>(cv::BORDER_CONSTANT) | static_cast<int>(cv::BORDER_ISOLATED);
 
 } // namespace
+
+bool AreReady(cv::Mat const & marker, cv::Mat const & mask, cv::Mat & out)
+{
+    if (!common::IsRaster(marker) || marker.type() != mask.type()) return false;
+    if (out.empty()) out.create(marker.size(), marker.type());
+    return out.type() == marker.type() && common::SameSize(marker, mask, out);
+}
 
 bool GeoDilateBySize(cv::Mat const & marker, cv::Mat const & mask, int shape, cv::Mat & out, cv::Size kernelSize)
 {

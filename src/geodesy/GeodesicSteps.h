@@ -9,6 +9,11 @@
 namespace morvane::geodesy
 {
 
+/// The checks that operators on a marker and a mask begin with; an empty @p out is made after the first.
+///
+/// @return whether the types, then the sizes, are the same
+bool AreReady(cv::Mat const & marker, cv::Mat const & mask, cv::Mat & out);
+
 /// One dilation of @p marker, clipped by @p mask before and after. Nothing is checked.
 ///
 /// @param shape code of `cv::getStructuringElement`
