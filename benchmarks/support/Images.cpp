@@ -123,6 +123,13 @@ cv::Mat Spiral(int side)
     return image;
 }
 
+cv::Mat GreyTerrain(int side)
+{
+    cv::Mat grey;
+    cv::normalize(Terrain(side, CV_32FC1), grey, 0, 255, cv::NORM_MINMAX, CV_8U);
+    return grey;
+}
+
 cv::Mat DepthPanorama(int side)
 {
     scansim::ScanSettings settings;

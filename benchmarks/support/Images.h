@@ -23,6 +23,9 @@ cv::Mat GreyBlobs(int side);
 /// or `CV_32FC1` in metres.
 cv::Mat Terrain(int side, int type);
 
+/// `CV_8UC1`: fractal terrain over all grey levels.
+cv::Mat GreyTerrain(int side);
+
 /// `CV_32FC1`, metres: the simulated panorama of a yard, twice as wide as high, 0 where nothing came back; laid into a
 /// square of the given side, the lower half of which repeats the upper.
 cv::Mat DepthPanorama(int side);

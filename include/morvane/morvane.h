@@ -8,6 +8,7 @@
 #include <morvane/connexity/Conditions.h>
 #include <morvane/connexity/ConnectedZoneScan.h>
 #include <morvane/connexity/Connexity.h>
+#include <morvane/connexity/Flooding.h>
 #include <morvane/connexity/Labelling.h>
 #include <morvane/connexity/RegionalExtrema.h>
 #include <morvane/connexity/ZoneMeasures.h>

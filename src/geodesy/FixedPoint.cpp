@@ -1,5 +1,7 @@
 #include "geodesy/FixedPoint.h"
 
+#include <morvane/common/ImageCompare.h>
+
 #include "common/Dispatch.h"
 #include "geodesy/GeodesicSteps.h"
 #include "geodesy/Propagation.h"
@@ -13,6 +15,7 @@
 namespace morvane::geodesy::reconstruction_internals
 {
 
+using common::AreImagesEqual;
 using common::Neighbourhood;
 using common::PaddedGrid;
 
@@ -45,19 +48,25 @@ bool IsPlain(cv::Mat const & image)
     return true;
 }
 
+template <class Order, class T>
+void Step(cv::Mat const & values, cv::Mat const & mask, int shape, cv::Mat & next, cv::Size kernelSize)
+{
+    std::is_same_v<Order, Rising<T>> ? GeoDilateBySize(values, mask, shape, next, kernelSize)
+                                     : GeoErodeBySize(values, mask, shape, next, kernelSize);
+}
+
 /// Takes steps as long as many pixels change, then carries on from those that changed last.
 template <class Order, class T, class Index>
 void StepAndPropagate(
     cv::Mat & values, cv::Mat const & mask, int shape, cv::Size kernelSize, PaddedGrid<Index> const & grid)
 {
-    auto const step = std::is_same_v<Order, Rising<T>> ? GeoDilateBySize : GeoErodeBySize;
     // A step costs about as much as asking this many pixels for all their neighbours.
     std::size_t const few = values.total() / (1 + grid.Steps().size());
     cv::Mat next;
     cv::Mat isChanged;
     for (;;)
     {
-        step(values, mask, shape, next, kernelSize);
+        Step<Order, T>(values, mask, shape, next, kernelSize);
         cv::compare(values, next, isChanged, cv::CMP_NE);
         cv::swap(values, next);
         auto const changes = static_cast<std::size_t>(cv::countNonZero(isChanged));
@@ -77,6 +86,17 @@ void StepAndPropagate(
     planes.CopyTo(values);
 }
 
+/// Takes one step. @return whether it changed nothing
+template <class Order, class T>
+bool StandsStill(cv::Mat & values, cv::Mat const & mask, int shape, cv::Size kernelSize)
+{
+    cv::Mat next;
+    Step<Order, T>(values, mask, shape, next, kernelSize);
+    bool const standsStill = AreImagesEqual(values, next);
+    values = next;
+    return standsStill;
+}
+
 template <class Order, class T, class Index, bool kDiagonal>
 void SweepAndPropagate(cv::Mat & values, cv::Mat const & mask, PaddedGrid<Index> const & grid)
 {
@@ -89,6 +109,8 @@ void SweepAndPropagate(cv::Mat & values, cv::Mat const & mask, PaddedGrid<Index>
 template <class Order, class T>
 void Move(cv::Mat & values, cv::Mat const & mask, int shape, cv::Size kernelSize)
 {
+    // One step costs a tenth of the sweeps, and markers on which nothing moves are common.
+    if (StandsStill<Order, T>(values, mask, shape, kernelSize)) return;
     Neighbourhood const neighbourhood = ReachOfElement(shape, kernelSize, values.size());
     common::VisitIndex(neighbourhood, values.size(), [&]<class Index> {
         PaddedGrid<Index> const grid(neighbourhood, values.size());
