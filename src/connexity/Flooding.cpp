@@ -15,7 +15,6 @@
 namespace morvane::connexity
 {
 
-using common::IsRaster;
 using common::IsSingleChannel;
 using common::SameSize;
 using common::VisitElement;

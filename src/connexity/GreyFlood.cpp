@@ -25,7 +25,8 @@ constexpr int kNoCost = 512;
 /// What pixel b costs when it is seen from pixel a: dark ones go first.
 std::size_t Cost(uchar a, uchar b)
 {
-    return static_cast<std::size_t>(std::abs(a - b) + a);
+    int const cost = std::abs(a - b) + a;
+    return static_cast<std::size_t>(cost);
 }
 
 /// The flood over two planes whose rows are @p stride elements apart. The status is kept in the markers; their border of
@@ -139,17 +140,9 @@ private:
     common::ChunkedFifos<Index, kNoCost> m_queues;
 };
 
-} // namespace
-
-bool FloodGrey(cv::Mat const & image, cv::Mat & markers)
+/// Floods matrices whose rows are as many elements apart.
+bool FloodAligned(cv::Mat const & image, cv::Mat & markers)
 {
-    if (image.step1() != markers.step1())
-    {
-        cv::Mat packed = markers.clone();
-        bool const isFlooded = FloodGrey(image.clone(), packed);
-        packed.copyTo(markers);
-        return isFlooded;
-    }
     std::size_t const stride = markers.step1();
     auto * const pixels = markers.ptr<int>();
     if (stride * static_cast<std::size_t>(markers.rows) <= std::numeric_limits<std::uint32_t>::max())
@@ -157,6 +150,17 @@ bool FloodGrey(cv::Mat const & image, cv::Mat & markers)
         return Flood<std::uint32_t>(image.ptr(), pixels, markers.size(), stride).Run();
     }
     return Flood<std::uint64_t>(image.ptr(), pixels, markers.size(), stride).Run();
+}
+
+} // namespace
+
+bool FloodGrey(cv::Mat const & image, cv::Mat & markers)
+{
+    if (image.step1() == markers.step1()) return FloodAligned(image, markers);
+    cv::Mat packed = markers.clone();
+    bool const isFlooded = FloodAligned(image.clone(), packed);
+    packed.copyTo(markers);
+    return isFlooded;
 }
 
 } // namespace morvane::connexity::flooding_internals

@@ -8,6 +8,7 @@
 #include "geodesy/Sweeps.h"
 
 #include <bit>
+#include <cmath>
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -40,7 +41,7 @@ bool IsPlain(cv::Mat const & image)
             T const * const row = image.ptr<T>(y);
             for (int x = 0; x < elements; ++x)
             {
-                isPlain &= row[x] == row[x] && std::bit_cast<Bits>(row[x]) != kNegativeZero;
+                isPlain &= !std::isnan(row[x]) && std::bit_cast<Bits>(row[x]) != kNegativeZero;
             }
         }
         return isPlain;
