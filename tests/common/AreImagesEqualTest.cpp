@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <vector>
 
 namespace morvane::tests
 {
@@ -132,6 +133,21 @@ TEST(AreImagesEqual, DoesNotLookBetweenTheRowsOfViews)
         ExpectDifferent(image, framed.View());
         ExpectDifferent(view, framed.View());
     }
+}
+
+TEST(AreImagesEqual, LooksAtTypeAndTotalAloneInMoreThanTwoDimensions)
+{
+    cv::Mat const zeros(std::vector<int>{2, 3, 4}, CV_8UC1, cv::Scalar(0));
+    cv::Mat const ones(std::vector<int>{2, 3, 4}, CV_8UC1, cv::Scalar(1));
+    // No rows, so no bytes that could differ.
+    ExpectEqual(zeros, ones);
+    ExpectEqual(zeros, cv::Mat(std::vector<int>{4, 3, 2}, CV_8UC1, cv::Scalar(1)));
+    ExpectEqual(zeros, cv::Mat(std::vector<int>{2, 2, 3, 2}, CV_8UC1, cv::Scalar(1)));
+    ExpectDifferent(zeros, cv::Mat(std::vector<int>{2, 3, 5}, CV_8UC1, cv::Scalar(0)));
+    ExpectDifferent(zeros, cv::Mat(std::vector<int>{2, 3, 4}, CV_8SC1, cv::Scalar(0)));
+    ExpectDifferent(zeros, cv::Mat(std::vector<int>{2, 3, 4}, CV_8UC2, cv::Scalar(0)));
+    // The same bytes as an image.
+    ExpectDifferent(zeros, cv::Mat::zeros(6, 4, CV_8UC1));
 }
 
 TEST(AreImagesEqual, HoldsAnImageEqualToItself)

@@ -10,8 +10,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
+#include <vector>
 
 namespace morvane::tests
 {
@@ -162,6 +164,115 @@ TEST(ConvertToGrayScale, RefusesDepthsThatTheLibraryDoesNotKnow)
         EXPECT_FALSE(ConvertToGrayScale(image, grey));
         EXPECT_TRUE(snapshot.IsUntouched());
     }
+}
+
+/// An image whose pixels take all kinds of values and which is not flat.
+cv::Mat UnevenImage(Random & random, cv::Size size, int depth)
+{
+    cv::Mat image = FiniteImage(random, size, depth);
+    SetElement(image, 0, 0, 0, 9);
+    SetElement(image, 0, 1, 0, 8);
+    return image;
+}
+
+TEST(ConvertToGrayScale, ReplacesTheImageItselfWhereBothAreOneObject)
+{
+    Random random(72);
+    for (int const depth : kDepths)
+    {
+        SCOPED_TRACE(cv::depthToString(depth));
+        cv::Mat image = UnevenImage(random, {70, 9}, depth);
+        cv::Mat const expected = OracleGrey(image);
+        ASSERT_TRUE(ConvertToGrayScale(image, image));
+        ExpectEqualImages(image, expected);
+        FramedImage framed(UnevenImage(random, {33, 7}, depth));
+        cv::Mat const expectedOfView = OracleGrey(framed.View());
+        ASSERT_TRUE(ConvertToGrayScale(framed.View(), framed.View()));
+        ExpectEqualImages(framed.View(), expectedOfView);
+        EXPECT_TRUE(framed.IsFrameUntouched());
+    }
+}
+
+TEST(ConvertToGrayScale, WritesOverPixelsThatTheImageSharesWithTheOutput)
+{
+    Random random(73);
+    cv::Mat image = UnevenImage(random, {70, 9}, CV_8U);
+    cv::Mat const expected = OracleGrey(image);
+    cv::Mat grey = image;
+    uchar const * const place = grey.data;
+    ASSERT_TRUE(ConvertToGrayScale(image, grey));
+    EXPECT_EQ(grey.data, place);
+    ExpectEqualImages(grey, expected);
+    ExpectEqualImages(image, expected);
+}
+
+TEST(ConvertToGrayScale, LeavesAnImageOfAnotherDepthAloneThatSharesPixelsWithTheOutput)
+{
+    Random random(74);
+    cv::Mat image = UnevenImage(random, {70, 9}, CV_32F);
+    cv::Mat const expected = OracleGrey(image);
+    cv::Mat grey = image;
+    Snapshot const snapshot(image);
+    ASSERT_TRUE(ConvertToGrayScale(image, grey));
+    ExpectEqualImages(grey, expected);
+    EXPECT_TRUE(snapshot.IsUntouched());
+}
+
+TEST(ConvertToGrayScale, WritesOverAViewThatFitsAndItsParent)
+{
+    Random random(75);
+    for (int const depth : kDepths)
+    {
+        SCOPED_TRACE(cv::depthToString(depth));
+        cv::Mat const image = UnevenImage(random, {33, 7}, depth);
+        FramedImage framed(cv::Mat(image.size(), CV_8UC1, cv::Scalar(0x5B)));
+        uchar const * const place = framed.View().data;
+        ASSERT_TRUE(ConvertToGrayScale(image, framed.View()));
+        EXPECT_EQ(framed.View().data, place);
+        ExpectEqualImages(framed.View(), OracleGrey(image));
+        EXPECT_TRUE(framed.IsFrameUntouched());
+    }
+}
+
+TEST(ConvertToGrayScale, LeavesTheParentOfAViewThatDoesNotFit)
+{
+    cv::Mat const image = Row<uchar>({0, 1, 64, 127, 128});
+    for (cv::Mat const & content : {cv::Mat(1, 4, CV_8UC1), cv::Mat(1, 5, CV_8SC1), cv::Mat(1, 5, CV_8UC2)})
+    {
+        FramedImage framed(cv::Mat(content.size(), content.type(), cv::Scalar::all(0x5B)));
+        cv::Mat grey = framed.View();
+        Snapshot const snapshot(framed.View());
+        ASSERT_TRUE(ConvertToGrayScale(image, grey));
+        ExpectEqualImages(grey, Row<uchar>({0, 2, 128, 254, 0}));
+        EXPECT_TRUE(snapshot.IsUntouched());
+        EXPECT_TRUE(framed.IsFrameUntouched());
+    }
+}
+
+template <class T>
+void ExpectFirstElementsScaled()
+{
+    // Three pixels of two channels: a range of 128 over all elements, of which the first three are scaled.
+    cv::Mat image(1, 3, CV_MAKETYPE(cv::DataType<T>::depth, 2));
+    std::array const elements{T(1), T(64), T(127), T(0), T(128), T(5)};
+    std::copy(elements.begin(), elements.end(), image.ptr<T>());
+    cv::Mat grey;
+    ASSERT_TRUE(ConvertToGrayScale(image, grey));
+    ExpectEqualImages(grey, Row<uchar>({2, 128, 254}));
+}
+
+TEST(ConvertToGrayScale, ScalesTheFirstElementsOfEachRowOfSeveralChannelsByTheRangeOfAll)
+{
+    ForEachElement([]<class T> { ExpectFirstElementsScaled<T>(); });
+    cv::Mat const constant = Draw<cv::Vec4s>({"777"});
+    ExpectRefused(constant);
+}
+
+TEST(ConvertToGrayScale, RefusesMatricesOfMoreThanTwoDimensions)
+{
+    cv::Mat solid(std::vector<int>{2, 3, 4}, CV_8UC1, cv::Scalar(1));
+    solid.ptr()[0] = 9;
+    ExpectRefused(solid);
 }
 
 template <class T>

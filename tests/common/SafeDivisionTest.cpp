@@ -104,6 +104,54 @@ TEST(SafeDivision, GivesZerosForADivisorOfSeveralChannels)
     }
 }
 
+TEST(SafeDivision, GivesNothingForDepthsThatTheLibraryDoesNotKnow)
+{
+    for (int const depth : kRefusedDepths)
+    {
+        for (int const channels : kChannelCounts)
+        {
+            cv::Mat unknown(2, 3, CV_MAKETYPE(depth, channels));
+            FillBytes(unknown, 1);
+            SCOPED_TRACE(cv::typeToString(unknown.type()));
+            EXPECT_TRUE(SafeDivision(unknown, unknown).empty());
+            EXPECT_TRUE(SafeDivision(unknown, Draw<float>({"123", "456"})).empty());
+            EXPECT_TRUE(SafeDivision(Draw<float>({"123", "456"}), unknown).empty());
+        }
+    }
+}
+
+TEST(SafeDivision, GivesZerosWhereOpenCvTakesTheDivisorForAScalarOfAnotherTotal)
+{
+    cv::Mat const four = (cv::Mat_<double>(4, 1) << 2, 2, 2, 2);
+    for (int const type : {CV_8UC1, CV_16SC1, CV_32FC3, CV_64FC1, CV_64FC4})
+    {
+        SCOPED_TRACE(cv::typeToString(type));
+        ExpectEqualImages(SafeDivision(Draw({"248", "684"}, type), four), cv::Mat::zeros(2, 3, type));
+    }
+    cv::Mat const one = Row<double>({2});
+    ExpectEqualImages(SafeDivision(Draw<float>({"248", "684"}), one), cv::Mat::zeros(2, 3, CV_32FC1));
+}
+
+TEST(SafeDivision, DividesByTheFirstOfFourDoublesWhereTheTotalsAgree)
+{
+    // OpenCV takes the divisor for a scalar; zeros are then looked for pixel by pixel, in raster order.
+    cv::Mat const divisor = (cv::Mat_<double>(4, 1) << 2, 0, 4, 0);
+    ExpectDrawn(SafeDivision(Draw<uchar>({"24", "68"}), divisor), {"1.", "3."});
+    ExpectDrawn(SafeDivision(Draw<double>({"24", "68"}), divisor), {"1.", "3."});
+    // A column is no scalar beside a column of its own type.
+    cv::Mat const column = (cv::Mat_<double>(4, 1) << 2, 4, 6, 8);
+    ExpectEqualImages(SafeDivision(column, divisor), Row<double>({1, 0, 1.5, 0}).t());
+}
+
+TEST(SafeDivision, DividesAMatrixByItself)
+{
+    for (int const depth : kDepths)
+    {
+        cv::Mat const image = Draw({"1.3", ".5z"}, depth);
+        ExpectDrawn(SafeDivision(image, image), {"1.1", ".11"});
+    }
+}
+
 TEST(SafeDivision, PassesOnWhatOpenCvThrows)
 {
     cv::Mat const image = Draw<float>({"123", "456"});

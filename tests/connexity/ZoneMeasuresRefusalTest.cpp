@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 
 namespace morvane::tests
@@ -170,6 +171,110 @@ TEST(ZoneMeasures, ReadLargerValuesByRasterNumber)
             }
         }
     }
+}
+
+TEST(ZoneMeasures, MeasureLabelsAsFarAsSmallerValuesGo)
+{
+    cv::Mat const labels = Draw<uchar>({"121", "213", "4.."});
+    cv::Mat const values = Draw<ushort>({"123", "45."}).colRange(0, 2);
+    ASSERT_FALSE(values.isContinuous());
+    // Labels 1, 2, 1, 2 meet 1, 2, 4, 5; labels 3 and 4 have their rows all the same.
+    ExpectEqualImages(ComputeAccumulation(labels, values), Row<int>({0, 5, 7, 0, 0}).t());
+    ExpectEqualImages(ComputeMin(labels, values), Row<int>({kMinStart, 1, 2, kMinStart, kMinStart}).t());
+    ExpectEqualImages(ComputeMax(labels, cv::Mat(0, 0, CV_16UC1)), cv::Mat(5, 1, CV_32SC1, cv::Scalar(kMaxStart)));
+    cv::Mat const twos(3, 3, CV_16UC1, cv::Scalar(2));
+    ExpectEqualImages(ComputeProductAccumulation(labels, twos, values), Row<int>({0, 10, 14, 0, 0}).t());
+    ExpectEqualImages(ComputeProductAccumulation(labels, values, twos), Row<int>({0, 10, 14, 0, 0}).t());
+}
+
+/// The first pixels of an image; the others become 0.
+cv::Mat FirstPixels(cv::Mat const & image, int pixels)
+{
+    cv::Mat first = CopyOf(image);
+    for (int number = pixels; number < image.rows * image.cols; ++number)
+    {
+        SetElement(first, number / image.cols, number % image.cols, 0, 0);
+    }
+    return first;
+}
+
+TEST(ZoneMeasures, AgreeWithPlainLoopsOverThePixelsThatSmallerValuesReach)
+{
+    Random random(123);
+    for (int const depth : kDepths)
+    {
+        for (int const channels : kMeasuredChannels)
+        {
+            int const type = CV_MAKETYPE(depth, channels);
+            for (cv::Size const size : {cv::Size(33, 6), cv::Size(32, 7), cv::Size(1, 1), cv::Size(7, 32)})
+            {
+                cv::Mat labels = RandomLabels(random, {33, 7}, CV_16U, LabelPattern::Runs, {.largest = 8});
+                // So that the table has its size for the first pixels as for all.
+                labels.at<ushort>(0) = 8;
+                cv::Mat const values = RandomValues(random, size, type);
+                cv::Mat const first = FirstPixels(labels, size.area());
+                // What lies beyond the values meets label 0.
+                cv::Mat padded = cv::Mat::zeros(labels.size(), type);
+                for (int number = 0; number < size.area(); ++number)
+                {
+                    std::memcpy(
+                        padded.ptr() + static_cast<std::size_t>(number) * padded.elemSize(),
+                        PixelNumber(values, number), padded.elemSize());
+                }
+                for (Measure const measure : kMeasures)
+                {
+                    SCOPED_TRACE(NameOf(measure) + (" of " + Case(type, size, 0)));
+                    cv::Mat const expected = WithOneNaN(OracleTable(measure, first, padded, padded));
+                    ExpectEqualImages(WithOneNaN(CallCompute(measure, labels, values, values)), expected);
+                    cv::Mat const framed = FramedImage(values).View();
+                    ExpectEqualImages(WithOneNaN(CallCompute(measure, labels, framed, framed)), expected);
+                }
+            }
+        }
+    }
+}
+
+TEST(ZoneMeasures, MeasureAMatrixThatIsLabelsAndValues)
+{
+    Random random(124);
+    for (int const depth : kLabelDepths)
+    {
+        bool const isSigned = depth == CV_16S || depth == CV_32S;
+        for (LabelPattern const pattern : kLabelPatterns)
+        {
+            LabelMixture const mixture{.largest = 20, .negativeShare = isSigned ? 0.2 : 0.0};
+            cv::Mat const image = RandomLabels(random, {53, 7}, depth, pattern, mixture);
+            cv::Mat const copy = CopyOf(image);
+            FramedImage framed(image);
+            for (Measure const measure : kMeasures)
+            {
+                SCOPED_TRACE(NameOf(measure) + (" of " + Case(depth, image.size(), 0)));
+                cv::Mat const expected = OracleTable(measure, copy, copy, copy);
+                ExpectEqualImages(CallCompute(measure, image, image, image), expected);
+                ExpectEqualImages(CallCompute(measure, framed.View(), framed.View(), framed.View()), expected);
+            }
+            EXPECT_TRUE(EqualImages(image, copy));
+        }
+    }
+}
+
+TEST(ZoneMeasures, PassOverLabelsBeyondTheHalfOf16BitsReadAsSigned)
+{
+    cv::Mat labels = Row<ushort>({1, 40000, 2, 32768, 2, 65535});
+    cv::Mat const asSigned(labels.size(), CV_16SC1, labels.data, labels.step);
+    cv::Mat const values = Row<float>({1, 2, 3, 4, 5, 6});
+    ExpectEqualImages(ComputeArea(asSigned), Row<int>({0, 1, 2}).t());
+    ExpectEqualImages(ComputeAccumulation(asSigned, values), Row<float>({0, 1, 8}).t());
+    ExpectEqualImages(ComputeColMax(asSigned), Row<int>({kMaxStart, 0, 4}).t());
+    // Read as they are, the largest makes the table wrap; without it, all are measured.
+    EXPECT_TRUE(ComputeArea(labels).empty());
+    labels.at<ushort>(5) = 40000;
+    cv::Mat const areas = ComputeArea(labels);
+    ASSERT_EQ(areas.rows, 40001);
+    EXPECT_EQ(areas.at<int>(32768), 1);
+    EXPECT_EQ(areas.at<int>(40000), 2);
+    EXPECT_EQ(cv::sum(areas)[0], 6);
+    EXPECT_EQ(ComputeAccumulation(labels, values).at<float>(40000), 8.0F);
 }
 
 TEST(ZoneMeasures, StayInBoundsWithSmallerValues)

@@ -116,6 +116,28 @@ TEST(ApplyLut, GivesZeroToNegativeLabels)
     ExpectEqualImages(output, Row<int>({0, 6, 0, 7}));
 }
 
+TEST(ApplyLut, GivesZeroToLabelsBeyondTheHalfOf16BitsReadAsSigned)
+{
+    cv::Mat labels = Row<ushort>({1, 40000, 32767, 32768, 65535, 2});
+    cv::Mat const asSigned(labels.size(), CV_16SC1, labels.data, labels.step);
+    cv::Mat const lut(65536, 1, CV_32FC3, cv::Scalar(7, 8, 9));
+    cv::Vec3f const entry(7, 8, 9);
+    cv::Vec3f const zero(0, 0, 0);
+    cv::Mat output(1, 6, CV_32FC3, cv::Scalar::all(1));
+    ASSERT_TRUE(ApplyLut(asSigned, lut, output));
+    ExpectEqualImages(output, Row<cv::Vec3f>({entry, zero, entry, zero, zero, entry}));
+    ASSERT_TRUE(ApplyLut(labels, lut, output));
+    ExpectEqualImages(output, Row<cv::Vec3f>({entry, entry, entry, entry, entry, entry}));
+}
+
+TEST(ApplyLut, WritesOverItsTable)
+{
+    cv::Mat const labels = Draw<uchar>({"2", ".", "1", "3"});
+    cv::Mat table = Row<int>({5, 6, 7, 8}).t();
+    ASSERT_TRUE(ApplyLut(labels, table, table));
+    ExpectEqualImages(table, Row<int>({7, 0, 6, 8}).t());
+}
+
 TEST(ApplyLut, ReachesTheLastEntriesOfLargeTables)
 {
     cv::Mat lut(70000, 1, CV_32SC1);

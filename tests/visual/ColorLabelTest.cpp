@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <limits>
 #include <vector>
@@ -137,6 +138,28 @@ TEST(ColorLabel, PaintsNegativeLabelsBlack)
     ExpectDrawnColors(Row<short>({-1, 2, -32768, 1}), output);
     ExpectDrawnColors(Row<int>({-1, 2, std::numeric_limits<int>::min(), 1}), output);
     ExpectDrawnColors(Row<int>({-1, -2, -3, -4}), output);
+}
+
+TEST(ColorLabel, PaintsLabelsBeyondTheHalfOf16BitsBlackWhereTheyAreReadAsSigned)
+{
+    SeededGenerator const seeded(4716);
+    cv::Mat labels = Row<ushort>({2, 40000, 1, 32768, 65535});
+    cv::Mat const asSigned(labels.size(), CV_16SC1, labels.data, labels.step);
+    cv::Mat output(1, 5, CV_8UC3, cv::Scalar::all(9));
+    // Six draws: two labels remain.
+    cv::RNG replay = cv::theRNG();
+    std::array<uchar, 6> draws;
+    for (uchar & draw : draws)
+    {
+        draw = static_cast<uchar>(replay.next() % 255);
+    }
+    ASSERT_TRUE(ColorLabel(asSigned, output));
+    EXPECT_EQ(cv::theRNG().state, replay.state);
+    cv::Vec3b const black(0, 0, 0);
+    cv::Vec3b const first(draws[0], draws[1], draws[2]);
+    cv::Vec3b const second(draws[3], draws[4], draws[5]);
+    ExpectEqualImages(output, Row<cv::Vec3b>({second, black, first, black, black}));
+    ExpectDrawnColors(labels, output);
 }
 
 TEST(ColorLabel, AcceptsEmptyImages)
