@@ -36,11 +36,11 @@ template <class T, bool SkipZero = false>
         low[lane] = counts && value < low[lane] ? value : low[lane];
         high[lane] = counts && value > high[lane] ? value : high[lane];
     };
-    int const count = image.cols * image.channels();
+    std::ptrdiff_t const count = std::ptrdiff_t{image.cols} * image.channels();
     for (int y = 0; y < image.rows; ++y)
     {
         T const * const row = image.ptr<T>(y);
-        int x = 0;
+        std::ptrdiff_t x = 0;
         for (; x + kLanes <= count; x += kLanes)
         {
             for (std::size_t lane = 0; lane < kLanes; ++lane)

@@ -128,7 +128,7 @@ void FillTable(Labels const & labels, bool mayReorder, E * table, std::size_t st
         int const * const row = labels.image.ptr<int>(y);
         auto const valueAt = valueOfRow(y);
         int x = 0;
-        for (; x + static_cast<int>(kLanes) <= labels.image.cols; x += static_cast<int>(kLanes))
+        for (; labels.image.cols - x >= static_cast<int>(kLanes); x += static_cast<int>(kLanes))
         {
             for (std::size_t index = 0; index < kLanes; ++index)
             {
@@ -167,7 +167,7 @@ bool HoldsOrderedValue(cv::Mat const & values)
     {
         auto const * const row = values.ptr<Bits>(y);
         Bits found = 0;
-        for (int x = 0; x < values.cols * values.channels(); ++x)
+        for (std::ptrdiff_t x = 0; x < std::ptrdiff_t{values.cols} * values.channels(); ++x)
         {
             Bits const bits = row[x];
             found |= static_cast<Bits>(bits == kNegativeZero) | static_cast<Bits>((bits & ~kNegativeZero) > kInfinity);

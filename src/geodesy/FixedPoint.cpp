@@ -34,12 +34,12 @@ bool IsPlain(cv::Mat const & image)
     {
         using Bits = std::conditional_t<sizeof(T) == sizeof(std::uint32_t), std::uint32_t, std::uint64_t>;
         constexpr Bits kNegativeZero = std::bit_cast<Bits>(-T{0});
-        int const elements = image.cols * image.channels();
+        std::ptrdiff_t const elements = std::ptrdiff_t{image.cols} * image.channels();
         bool isPlain = true;
         for (int y = 0; y < image.rows; ++y)
         {
             T const * const row = image.ptr<T>(y);
-            for (int x = 0; x < elements; ++x)
+            for (std::ptrdiff_t x = 0; x < elements; ++x)
             {
                 isPlain &= !std::isnan(row[x]) && std::bit_cast<Bits>(row[x]) != kNegativeZero;
             }

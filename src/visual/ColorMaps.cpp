@@ -94,9 +94,10 @@ void ForEachBlock(cv::Mat const & image, Scale const & scale, Write && write)
     for (int y = 0; y < image.rows; ++y)
     {
         T const * const row = image.ptr<T>(y);
-        for (int x = 0; x < image.cols; x += kBlock)
+        int count = 0;
+        for (int x = 0; x < image.cols; x += count)
         {
-            int const count = std::min(kBlock, image.cols - x);
+            count = std::min(kBlock, image.cols - x);
             for (int index = 0; index < count; ++index)
             {
                 steps[static_cast<std::size_t>(index)] = scale.StepOf(static_cast<double>(row[x + index]));

@@ -59,7 +59,7 @@ void LookUp(cv::Mat const & image, std::vector<Entry> const & table, cv::Mat & o
         auto const * const labels = image.ptr<Label>(y);
         auto * const entries = output.ptr<Entry>(y);
         int x = 0;
-        for (; x + kLanes <= image.cols; x += kLanes)
+        for (; image.cols - x >= kLanes; x += kLanes)
         {
             std::array<Entry, kLanes> found;
             for (std::size_t lane = 0; lane < kLanes; ++lane)

@@ -94,8 +94,8 @@ MORVANE_EXPORT bool ImageCompare(
 /// @param numerator any accepted depth
 /// @param denominator of the same size and type, one channel
 /// @return `numerator / denominator` as OpenCV divides, of the size and type of the numerator; 0 where the denominator
-///         equals 0. With a denominator of more than one channel, or of a size that OpenCV takes for a scalar, all zeros.
-///         Empty when a depth is refused.
+///         equals 0. With a denominator of more than one channel, or of another total that OpenCV takes for a scalar, all
+///         zeros. Empty when a depth is refused.
 /// @throws cv::Exception when sizes or types do not fit each other, and for empty images
 ///
 /// Cost: O(pixels). Threads as for ImageCompare(). Both arguments may be the same matrix.

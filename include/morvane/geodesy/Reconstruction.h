@@ -118,8 +118,8 @@ ReconstructionbyErode(cv::Mat const & marker, cv::Mat const & mask, int shape, c
 /// Cost: O(pixels) for `CV_8U`, O(pixels log pixels) for the others. About 20 bytes for each pixel. One thread.
 ///
 /// Source: L. Vincent, 1993; S. Beucher and F. Meyer, "The morphological approach to segmentation", 1993.
-[[nodiscard]] MORVANE_EXPORT bool OverBuild(
-    cv::Mat const & mask, cv::Mat const & marker, connexity::eConnexityType const & connexity, cv::Mat & out);
+[[nodiscard]] MORVANE_EXPORT bool
+OverBuild(cv::Mat const & mask, cv::Mat const & marker, connexity::eConnexityType const & connexity, cv::Mat & out);
 
 /// Floods down under a mask: OverBuild() upside down, from the regional maxima of min(`mask`, `marker`).
 ///
@@ -128,8 +128,8 @@ ReconstructionbyErode(cv::Mat const & marker, cv::Mat const & mask, int shape, c
 /// @throws cv::Exception, std::bad_alloc as OverBuild()
 ///
 /// Cost and threads as for OverBuild().
-[[nodiscard]] MORVANE_EXPORT bool UnderBuild(
-    cv::Mat const & mask, cv::Mat const & marker, connexity::eConnexityType const & connexity, cv::Mat & out);
+[[nodiscard]] MORVANE_EXPORT bool
+UnderBuild(cv::Mat const & mask, cv::Mat const & marker, connexity::eConnexityType const & connexity, cv::Mat & out);
 
 /// Marks the maxima of at least a given dynamic: those from which no path leads to a higher pixel without descending by
 /// @p h.
