@@ -2,10 +2,11 @@
 /// Many first-in, first-out queues that share their memory.
 #pragma once
 
+#include <morvane/common/LevelSet.h>
+
+#include <algorithm>
 #include <array>
-#include <bit>
 #include <cstddef>
-#include <cstdint>
 #include <vector>
 
 namespace morvane::common
@@ -14,38 +15,25 @@ namespace morvane::common
 /// A fixed number of FIFO queues. Items lie in chunks of one pool, so that no queue has memory of its own, and an emptied
 /// chunk goes to whichever queue asks next.
 ///
-/// @tparam kQueues how many, a multiple of 64
+/// @tparam kQueues how many
 template <class Item, std::size_t kQueues>
 class ChunkedFifos
 {
-    static constexpr std::size_t kWordBits = 64;
-    static_assert(kQueues % kWordBits == 0);
-
 public:
     /// The first queue from @p queue on that holds anything; kQueues when none does.
     [[nodiscard]] std::size_t FirstFrom(std::size_t queue) const
     {
-        std::size_t word = queue / kWordBits;
-        if (word >= m_filled.size()) return kQueues;
-        std::uint64_t bits = m_filled[word] & (~std::uint64_t{0} << (queue % kWordBits));
-        while (bits == 0)
-        {
-            if (++word == m_filled.size()) return kQueues;
-            bits = m_filled[word];
-        }
-        return word * kWordBits + static_cast<std::size_t>(std::countr_zero(bits));
+        return std::min(m_filled.FirstFrom(queue), kQueues);
     }
 
     void Push(std::size_t queue, Item item)
     {
         Ends & ends = m_ends[queue];
-        std::uint64_t const bit = std::uint64_t{1} << (queue % kWordBits);
-        std::uint64_t & filled = m_filled[queue / kWordBits];
-        if ((filled & bit) == 0)
+        if (!m_filled.Contains(queue))
         {
             std::size_t const chunk = NewChunk();
             ends = {chunk, 0, chunk, 0};
-            filled |= bit;
+            m_filled.Insert(queue);
         }
         else if (ends.lastItem == kItems)
         {
@@ -63,7 +51,7 @@ public:
         Ends & ends = m_ends[queue];
         Item const item = m_items[ends.firstChunk * kItems + ends.firstItem++];
         bool const isLast = ends.firstChunk == ends.lastChunk && ends.firstItem == ends.lastItem;
-        if (isLast) m_filled[queue / kWordBits] &= ~(std::uint64_t{1} << (queue % kWordBits));
+        if (isLast) m_filled.Remove(queue);
         if (isLast || ends.firstItem == kItems)
         {
             std::size_t const chunk = ends.firstChunk;
@@ -102,8 +90,8 @@ private:
     }
 
     std::array<Ends, kQueues> m_ends{};
-    /// A bit for each queue that holds anything.
-    std::array<std::uint64_t, kQueues / kWordBits> m_filled{};
+    /// The queues that hold anything.
+    LevelSet m_filled{kQueues};
     std::vector<Item> m_items;
     /// For each chunk, the one after it in its queue or among the free ones.
     std::vector<std::size_t> m_next;

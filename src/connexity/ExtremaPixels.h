@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace morvane::connexity::extrema_internals
@@ -109,6 +110,12 @@ private:
         uchar of[kBlock];
     };
 
+    /// Tells whether the row that an offset leads to lies inside the image.
+    [[nodiscard]] bool HasRow(int y, cv::Point offset) const
+    {
+        return offset.y < 0 ? y >= -offset.y : m_image.rows - y > offset.y;
+    }
+
     /// Finds the candidates and the equal neighbours of the pixels of one word.
     void Judge(int y, int word)
     {
@@ -120,12 +127,14 @@ private:
         for (std::size_t index = 0; index < m_neighbourhood.Count(); ++index)
         {
             cv::Point const offset = m_neighbourhood.Offset(index);
-            if (y + offset.y < 0 || y + offset.y >= m_image.rows) continue;
+            if (!HasRow(y, offset)) continue;
             Flags equals{};
             T const * const neighbours = m_image.ptr<T>(y + offset.y) + start;
-            // The neighbours lie in the row of memory from the block's pixel `first` to before `end`.
-            int const first = std::clamp(-offset.x - start, 0, count);
-            int const end = std::clamp(m_image.cols - offset.x - start, first, count);
+            // The neighbours lie in the row of memory from the block's pixel `first` to before `end`; in 64 bits, as the
+            // widest images end where an int does.
+            std::int64_t const left = -std::int64_t{offset.x} - start;
+            int const first = static_cast<int>(std::clamp<std::int64_t>(left, 0, count));
+            int const end = static_cast<int>(std::clamp<std::int64_t>(left + m_image.cols, first, count));
             if (first == 0 && end == kBlock)
             {
                 JudgeStretch(values, neighbours + offset.x, 0, kBlock, keeps, equals);
@@ -179,7 +188,7 @@ private:
         for (std::size_t index = 0; index < m_neighbourhood.Count(); ++index)
         {
             cv::Point const offset = m_neighbourhood.Offset(index);
-            if (y + offset.y < 0 || y + offset.y >= m_image.rows) continue;
+            if (!HasRow(y, offset)) continue;
             Word const others = common::MovedWord(m_candidates.Row(y + offset.y), word, offset.x);
             // Beyond the border nothing is equal.
             spoilt |= m_equals[index].Row(y)[word] & ~others;

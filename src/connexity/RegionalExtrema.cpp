@@ -60,7 +60,8 @@ template <class Keeps>
 bool ListExtrema(cv::Mat const & image, eConnexityType connexity, PointsOfLabel & points)
 {
     points.clear();
-    if (!IsRaster(image)) return false;
+    if (!IsRaster(image) || !IsSingleChannel(image)) return false;
+    if (!VisitElement(image, []<class T> { return true; })) return false;
     cv::Mat labels(image.size(), CV_32SC1);
     if (!LabelExtrema<Keeps>(image, connexity, labels)) return false;
     // No two extrema touch under one label, so that a walk over the labels finds each as the walk over the image does.

@@ -20,12 +20,13 @@ using common::PaddedGrid;
 namespace
 {
 
-/// What is known of an element of the plane.
+/// What is known of an element of the plane, as bits.
 enum State : uchar
 {
-    kClosed = 0, ///< outside the mask, or reached
+    kClosed = 0, ///< outside the mask
     kOpen = 1,   ///< inside the mask, not reached
-    kSeed = 2,   ///< a pixel of the marker outside the mask
+    kInside = 2, ///< inside the mask
+    kSeed = 4,   ///< a pixel of the marker outside the mask
 };
 
 /// The flood: reached elements in the order of their distance.
@@ -82,8 +83,8 @@ private:
         uchar found = 0;
         for (int x = 0; x < cols; ++x)
         {
-            uchar const whenSeed = mask[x] != 0 ? kClosed : kSeed;
-            uchar const otherwise = mask[x] != 0 ? kOpen : kClosed;
+            uchar const whenSeed = mask[x] != 0 ? kInside : kSeed;
+            uchar const otherwise = mask[x] != 0 ? kInside | kOpen : kClosed;
             states[x] = marker[x] != 0 ? whenSeed : otherwise;
             found = static_cast<uchar>(found | states[x]);
         }
@@ -142,19 +143,18 @@ void WriteTyped(cv::Mat const & marker, cv::Mat const & mask, Neighbourhood cons
     PaddedGrid<Index> const grid(neighbourhood, mask.size());
     Flood<Index> const flood(marker, mask, grid, std::type_identity<T>());
     std::size_t const steps = CountedSteps(flood.Deepest(), flood.StartsInside(), flood.StartsOutside(), mask.total());
-    Counts const counts(steps, flood.StartsInside(), flood.StartsOutside(), LimitOfCounts<T>());
+    Counts<T> const counts(steps, flood.StartsInside(), flood.StartsOutside());
 
-    // 0 is no result of a pixel that is reached.
-    std::vector<T> values(grid.Total(), T{0});
+    std::vector<T> values(grid.Total());
     flood.ForEachReached([&](Index const * first, Index const * end, std::size_t distance) {
-        auto const value = cv::saturate_cast<T>(counts.Reached(distance));
+        T const value = counts.Reached(distance);
         for (; first != end; ++first)
         {
             values[*first] = value;
         }
     });
-    auto const outside = cv::saturate_cast<T>(counts.Outside());
-    auto const unreached = cv::saturate_cast<T>(counts.Unreached());
+    T const outside = counts.Outside();
+    T const unreached = counts.Unreached();
     for (int y = 0; y < out.rows; ++y)
     {
         T * __restrict const row = out.ptr<T>(y);
@@ -163,7 +163,7 @@ void WriteTyped(cv::Mat const & marker, cv::Mat const & mask, Neighbourhood cons
         for (int x = 0; x < out.cols; ++x)
         {
             T const other = states[x] == kSeed ? outside : unreached;
-            row[x] = reached[x] != 0 ? reached[x] : other;
+            row[x] = (states[x] & (kInside | kOpen)) == kInside ? reached[x] : other;
         }
     }
 }

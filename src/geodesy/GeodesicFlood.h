@@ -6,8 +6,9 @@
 
 #include <opencv2/core.hpp>
 
+#include <algorithm>
 #include <cstddef>
-#include <cstdint>
+#include <limits>
 #include <type_traits>
 
 namespace morvane::geodesy::distance_internals
@@ -27,42 +28,6 @@ CountedSteps(std::size_t deepest, bool startsInside, bool startsOutside, std::si
     return steps < pixels - 1 ? steps : pixels - 1;
 }
 
-/// What the counted steps come to in a type whose sums end at @p limit.
-class Counts
-{
-public:
-    Counts(std::size_t steps, bool startsInside, bool startsOutside, double limit)
-        : m_steps(static_cast<double>(steps))
-        , m_limit(limit)
-        , m_largest(startsOutside ? 1.0 : 0.0)
-    {
-        if (startsInside) m_largest = Saturated(m_steps + 1.0);
-    }
-
-    /// The result at a pixel that is reached after @p distance steps.
-    [[nodiscard]] double Reached(std::size_t distance) const
-    {
-        return m_largest + 1.0 - Saturated(m_steps + 1.0 - static_cast<double>(distance));
-    }
-
-    /// The result at a pixel of the marker outside the mask.
-    [[nodiscard]] double Outside() const { return m_largest; }
-
-    /// The result at all other pixels: 0, unless the sum of which that is made saturates.
-    [[nodiscard]] double Unreached() const
-    {
-        double const result = Saturated(m_largest + 1.0);
-        return result > m_largest ? 0.0 : result;
-    }
-
-private:
-    [[nodiscard]] double Saturated(double count) const { return count < m_limit ? count : m_limit; }
-
-    double m_steps;
-    double m_limit;
-    double m_largest;
-};
-
 /// Where adding 1 no longer changes a number of the type.
 template <class T>
 [[nodiscard]] constexpr double LimitOfCounts()
@@ -71,6 +36,45 @@ template <class T>
     if constexpr (std::is_same_v<T, double>) return 9007199254740992.0;
     return static_cast<double>(std::numeric_limits<T>::max());
 }
+
+/// What the counted steps come to in images of type @p T: sums that saturate, taken from the largest of them plus one. That
+/// number is rounded to the type where it is a floating-point one.
+template <class T>
+class Counts
+{
+public:
+    Counts(std::size_t steps, bool startsInside, bool startsOutside)
+        : m_steps(static_cast<double>(steps))
+        , m_largest(startsOutside ? 1.0 : 0.0)
+    {
+        if (startsInside) m_largest = Saturated(m_steps + 1.0);
+        m_base = m_largest + 1.0;
+        if constexpr (std::is_floating_point_v<T>) m_base = static_cast<double>(static_cast<T>(m_base));
+    }
+
+    /// The result at a pixel that is reached after @p distance steps.
+    [[nodiscard]] T Reached(std::size_t distance) const
+    {
+        return static_cast<T>(m_base - Saturated(m_steps + 1.0 - static_cast<double>(distance)));
+    }
+
+    /// The result at a pixel of the marker outside the mask.
+    [[nodiscard]] T Outside() const { return static_cast<T>(m_base - 1.0); }
+
+    /// The result at all other pixels: 0, unless the sum of which that is made saturates.
+    [[nodiscard]] T Unreached() const
+    {
+        double const result = Saturated(m_base);
+        return static_cast<T>(result > m_largest ? 0.0 : result);
+    }
+
+private:
+    [[nodiscard]] static double Saturated(double count) { return std::min(count, LimitOfCounts<T>()); }
+
+    double m_steps;
+    double m_largest;
+    double m_base;
+};
 
 /// Writes the distances. The images have one size and type, of a depth that is not refused, and pixels.
 ///

@@ -17,11 +17,9 @@ namespace morvane::geodesy::reconstruction_internals
 template <class T>
 struct Rising
 {
-    /// What moves nothing, and what everything moves.
-    static constexpr T kLeast =
-        std::numeric_limits<T>::has_infinity ? -std::numeric_limits<T>::infinity() : std::numeric_limits<T>::lowest();
-    static constexpr T kMost =
-        std::numeric_limits<T>::has_infinity ? std::numeric_limits<T>::infinity() : std::numeric_limits<T>::max();
+    /// What comes from outside the image, the least number that is finite, as OpenCV's border has it; and the greatest.
+    static constexpr T kLeast = std::numeric_limits<T>::lowest();
+    static constexpr T kMost = std::numeric_limits<T>::max();
 
     static T Further(T one, T other) { return one < other ? other : one; }
     static T Nearer(T one, T other) { return other < one ? other : one; }

@@ -56,10 +56,10 @@ void RepeatInPlace(cv::Mat const & marker, cv::Mat & out, Pass const & pass)
     }
 }
 
-/// Tells whether the passes need not be made one by one.
+/// Tells whether the passes need not be made one by one. What OpenCV refuses has to reach it.
 bool CanGoStraight(cv::Mat const & marker, cv::Mat const & mask)
 {
-    return marker.total() > 0 && HasFixedPoint(marker) && HasFixedPoint(mask);
+    return marker.total() > 0 && marker.channels() <= 4 && HasFixedPoint(marker) && HasFixedPoint(mask);
 }
 
 /// The image from which holes are filled: the largest value, cut to a whole number, but where there are seeds.

@@ -50,7 +50,7 @@ void ExpectBoth(cv::Mat const & image, double delta, Drawing const & expected, i
     ExpectDrawn(DeltaNoZero(image, number, delta), expected);
 }
 
-TEST(LabelDeltaFlatZones, SlowRampIsOneZoneHoweverFarItsEndsLieApart)
+TEST(LabelDeltaFlatZones, GentleRampIsOneZoneHoweverFarItsEndsLieApart)
 {
     for (int const depth : tests::kDepths)
     {

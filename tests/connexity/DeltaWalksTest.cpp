@@ -37,7 +37,7 @@ LabelsOf(cv::Mat const & image, typename tests::RootCondition<In>::Type && condi
     return tests::OracleLabels(tests::ZonesOf<In, Pixels>(image, type, condition), image.size(), CV_32SC1);
 }
 
-TEST(DeltaWalks, ASlowRampIsOneZoneButNotForTheSeed)
+TEST(DeltaWalks, AGentleRampIsOneZoneButNotForTheSeed)
 {
     cv::Mat const ramp = Row<double>({0.0, 0.4, 0.8, 1.2});
     tests::ExpectDrawn(LabelsOf<double>(ramp, DeltaConnected<double>(0.5)), {"1111"});

@@ -37,7 +37,8 @@ namespace morvane::connexity
 ///         sizes differ, a depth is refused, or a matrix has more than two dimensions
 /// @throws std::bad_alloc when memory runs out
 ///
-/// Cost: O(pixels) time, about 3 bits for each pixel and 6 bytes for each run of pixels. One thread. `image` and
+/// Cost: O(pixels) time, 4 bits and one for each neighbour, for each pixel, and 6 bytes for
+/// each run of pixels. One thread. `image` and
 /// `labels` may be the same matrix.
 ///
 /// Source: the definition by flat zones of S. Beucher and F. Meyer, "The morphological approach to segmentation", 1993.

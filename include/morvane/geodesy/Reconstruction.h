@@ -5,7 +5,8 @@
 /// until it changes nothing; their `shape` is a code of `cv::getStructuringElement`: 0 a rectangle, 1 a cross, 2 an
 /// ellipse. OverBuild() and UnderBuild() flood once, by priority, and take a connexity.
 ///
-/// What lies outside an image, and a parent matrix around a view, never contributes.
+/// What lies outside an image never contributes but to infinities, which OpenCV's finite border replaces by the outermost
+/// number that is finite; a parent matrix around a view never does.
 ///
 /// Sources: L. Vincent, "Morphological grayscale reconstruction in image analysis: applications and efficient
 /// algorithms", 1993; P. Soille, "Morphological Image Analysis", 2nd edition, 2003.
@@ -23,7 +24,7 @@ namespace morvane::geodesy
 ///
 /// | array    | shape                               | depths                                    | channels | values |
 /// |----------|-------------------------------------|-------------------------------------------|----------|--------|
-/// | `marker` | rows x cols                         | `CV_8U`, `CV_16U`, `CV_16S`, `CV_32F`, `CV_64F` | any | any |
+/// | `marker` | rows x cols                         | `CV_8U`, `CV_16U`, `CV_16S`, `CV_32F`, `CV_64F` | 1 to 4 | any |
 /// | `mask`   | rows x cols                         | that of `marker`                          | those of `marker` | any |
 /// | `out`    | rows x cols, or empty and then made | that of `marker`                          | those of `marker` | the reconstruction |
 ///
@@ -35,8 +36,8 @@ namespace morvane::geodesy
 /// @return true when the reconstruction was made. False, when `marker` and `mask` differ in type, with `out` untouched;
 ///         or, after an empty `out` was made, when `out` has another type, `mask` or `out` another size, or an image has
 ///         more than two dimensions. True for images without pixels.
-/// @throws cv::Exception as OpenCV's morphology does, which takes neither `CV_32S` nor `CV_8S` nor `CV_16F`, nor other
-///         shapes and sizes; std::bad_alloc when memory runs out
+/// @throws cv::Exception as OpenCV's morphology does, which takes neither `CV_32S` nor `CV_8S` nor `CV_16F`, no more than 4
+///         channels, nor other shapes and sizes; std::bad_alloc when memory runs out
 ///
 /// Cost: two raster sweeps and what a queue carries on from there, for elements of 3 by 3; for others dilations as long
 /// as many pixels change, and the queue. Images that hold NaN or negative zeros take every step, at most as many as there

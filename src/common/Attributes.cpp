@@ -1,0 +1,36 @@
+#include <morvane/common/Attributes.h>
+
+namespace morvane::common
+{
+
+bool AreaAttribute::IsEmpty() const
+{
+    return m_area == 0;
+}
+
+bool SqrtAreaAttribute::IsEmpty() const
+{
+    return m_area == 0;
+}
+
+bool HeightAttribute::IsEmpty() const
+{
+    return m_y.IsInverted();
+}
+
+bool WidthAttribute::IsEmpty() const
+{
+    return m_x.IsInverted();
+}
+
+bool StrainAttribute::IsEmpty() const
+{
+    return m_x.IsInverted() || m_y.IsInverted();
+}
+
+bool MinHWAttribute::IsEmpty() const
+{
+    return m_x.IsInverted() || m_y.IsInverted();
+}
+
+} // namespace morvane::common
