@@ -225,7 +225,7 @@ cv::Mat OracleDistance(cv::Mat const & marker, cv::Mat const & mask, int shape)
         cv::Mat const next = DilatedUnder(region, seed, shape);
         ++counter;
         cv::add(out, next, out);
-        if (EqualImages(seed, next)) break;
+        if (cv::countNonZero(seed != next) == 0) break;
         seed = next;
     }
     return FromLargest(out);
