@@ -1,5 +1,8 @@
-// GeodesicDistance on images beyond two gigabytes.
+// GeodesicDistance on images beyond two gigabytes, and on the longest paths.
 #include <morvane/geodesy/GeodesicOperators.h>
+
+#include "support/GeodesicOracle.h"
+#include "support/ImageLiterals.h"
 
 #include <gtest/gtest.h>
 #include <opencv2/imgproc.hpp>
@@ -43,6 +46,18 @@ TEST(SlowGeodesicDistanceLimits, MorePixelsThan31BitsCount_AreMeasuredToTheLastO
         count += cv::countNonZero(out.row(y));
     }
     EXPECT_EQ(count, 51 + 100);
+}
+
+TEST(SlowGeodesicDistanceLimits, PathLongerThanAFloatCounts_EndsAsTheSumsOfTheTypeDo)
+{
+    int const length = (1 << 24) + 10;
+    cv::Mat mask(1, length + 2, CV_32FC1, cv::Scalar(1));
+    mask.at<float>(0, length) = 0;
+    cv::Mat marker(mask.size(), mask.type(), cv::Scalar(0));
+    marker.at<float>(0, 0) = 1;
+    cv::Mat out;
+    ASSERT_TRUE(GeodesicDistance(marker, mask, cv::MORPH_CROSS, out));
+    EXPECT_TRUE(tests::EqualImages(out, tests::OracleDistanceByQueue(marker, mask, cv::MORPH_CROSS)));
 }
 
 } // namespace
