@@ -7,8 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 namespace morvane::connexity
@@ -136,6 +138,23 @@ TEST(SlowLabelExtremaLimits, ImageBeyondTwoGigabytes_IsLabelledToItsLastPixel)
     EXPECT_EQ(CountNonZero(minima), 2);
     EXPECT_EQ(minima.at<uchar>(0, 0), 1);
     EXPECT_EQ(minima.at<uchar>(last, last), 2) << "across the seam, the lower of the two";
+}
+
+TEST(SlowLabelExtremaLimits, WidestRow_IsJudgedFromItsFirstPixelToItsLast)
+{
+    int const last = std::numeric_limits<int>::max() - 1;
+    cv::Mat image(1, std::numeric_limits<int>::max(), CV_8UC1);
+    // OpenCV's own loops do not bear such a row.
+    tests::FillBytes(image, 0);
+    image.at<uchar>(0, 0) = 5;
+    image.at<uchar>(0, 1) = 3;
+    image.at<uchar>(0, 2) = 3;
+    image.at<uchar>(0, last - 1) = 2;
+    image.at<uchar>(0, last) = 3;
+    ASSERT_TRUE(LabelMaxima(image, eConnexity4, image));
+    EXPECT_EQ(std::count(image.datastart, image.dataend, uchar{0}), image.cols - 2);
+    EXPECT_EQ(image.at<uchar>(0, 0), 1);
+    EXPECT_EQ(image.at<uchar>(0, last), 2);
 }
 
 } // namespace
