@@ -133,6 +133,33 @@ TEST(OverBuildRefusal, DifferentSizes_PassOnTheExceptionOfOpenCV)
     }
 }
 
+/// The answer, false in place of an exception.
+template <class Call>
+bool AnswerOf(Call const & call)
+{
+    try
+    {
+        return call();
+    }
+    catch (cv::Exception const &)
+    {
+        return false;
+    }
+}
+
+TEST(OverBuildRefusal, MaskOfOnePixelBelowALargerMarker_IsNotReadBesideThatPixel)
+{
+    // OpenCV takes an image of one pixel for a number, so that its own check of sizes lets this pass.
+    for (int const type : {CV_8UC1, CV_32SC1, CV_32FC1})
+    {
+        cv::Mat const mask = tests::Draw({"5"}, type);
+        cv::Mat const marker = tests::Draw({"18"}, type);
+        cv::Mat out;
+        EXPECT_FALSE(AnswerOf([&] { return OverBuild(mask, marker, eConnexity4, out); }));
+        EXPECT_FALSE(AnswerOf([&] { return UnderBuild(mask, marker, eConnexity4, out); }));
+    }
+}
+
 } // namespace
 
 } // namespace morvane::geodesy

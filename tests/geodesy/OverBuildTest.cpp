@@ -190,6 +190,16 @@ TEST(OverBuild, NothingFloodsWhereNaNLeavesNoMinimum)
     }
 }
 
+TEST(OverBuild, NegativeZeroOfTheMaskIsTheLevelThatFloodsOn)
+{
+    // 0 is not strictly above -0: the mask's own zero is taken, and floods the pixel behind it.
+    cv::Mat out;
+    ASSERT_TRUE(OverBuild(Row<float>({0, -0.0F, -1}), Row<float>({0, 5, 5}), eConnexity4, out));
+    tests::ExpectEqualImages(out, Row<float>({0, -0.0F, -0.0F}));
+    ASSERT_TRUE(UnderBuild(Row<float>({-0.0F, 0, 1}), Row<float>({-0.0F, -5, -5}), eConnexity4, out));
+    tests::ExpectEqualImages(out, Row<float>({-0.0F, 0, 0}));
+}
+
 TEST(OverBuild, AllocatesAnOutputOfAnotherTypeOrSizeAnewAndWritesOneThatFitsInPlace)
 {
     cv::Mat const mask = Draw<uchar>({"151"});

@@ -119,6 +119,25 @@ TEST(ReconstructionFloats, InfinitiesThatMoveGoAsFarAsTheStepsBringThem)
     });
 }
 
+TEST(ReconstructionFloats, InfinitiesThatEverythingMovesEndAsTheStepsLeaveThem)
+{
+    ForEachFloatingScene(15, [](Random & random, cv::Mat & marker, cv::Mat & mask, bool rises) {
+        Scatter(random, marker, 0.7, rises ? -kInfinity : kInfinity);
+        Scatter(random, mask, 0.2, rises ? -kInfinity : kInfinity);
+    });
+}
+
+TEST(ReconstructionFloats, ElementsOfAnySizeTreatTheLeastInfinityAlike)
+{
+    cv::Mat const marker(5, 5, CV_32FC1, cv::Scalar(-kInfinity));
+    cv::Mat const mask(5, 5, CV_32FC1, cv::Scalar(7));
+    cv::Mat small;
+    cv::Mat large;
+    ASSERT_TRUE(Reconstruct(Repeated::Dilate, marker, mask, {cv::MORPH_RECT, {3, 3}, {}}, small));
+    ASSERT_TRUE(Reconstruct(Repeated::Dilate, marker, mask, {cv::MORPH_RECT, {5, 5}, {}}, large));
+    EXPECT_TRUE(EqualImages(small, large));
+}
+
 TEST(HasFixedPoint, HoldsForImagesWithoutNaNAndNegativeZero)
 {
     Random random(16);
