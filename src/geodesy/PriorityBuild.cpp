@@ -5,8 +5,10 @@
 #include "common/Dispatch.h"
 #include "common/PaddedGrid.h"
 #include "common/PriorityFlood.h"
+#include "geodesy/FixedPoint.h"
 
 #include <functional>
+#include <map>
 #include <type_traits>
 #include <vector>
 
@@ -26,9 +28,10 @@ struct Over
 
     static void Meet(cv::Mat const & one, cv::Mat const & other, cv::Mat & out) { cv::max(one, other, out); }
 
-    static bool Seeds(cv::Mat const & image, connexity::eConnexityType connexity, cv::Mat & labels)
+    template <class Extrema>
+    static bool Seeds(cv::Mat const & image, connexity::eConnexityType connexity, Extrema & extrema)
     {
-        return connexity::LabelMinima(image, connexity, labels);
+        return connexity::LabelMinima(image, connexity, extrema);
     }
 
     /// The level unless it is not above the mask: a NaN in the mask stays.
@@ -47,9 +50,10 @@ struct Under
 
     static void Meet(cv::Mat const & one, cv::Mat const & other, cv::Mat & out) { cv::min(one, other, out); }
 
-    static bool Seeds(cv::Mat const & image, connexity::eConnexityType connexity, cv::Mat & labels)
+    template <class Extrema>
+    static bool Seeds(cv::Mat const & image, connexity::eConnexityType connexity, Extrema & extrema)
     {
-        return connexity::LabelMaxima(image, connexity, labels);
+        return connexity::LabelMaxima(image, connexity, extrema);
     }
 
     template <class T>
@@ -59,36 +63,88 @@ struct Under
     }
 };
 
-/// Bytes have a bucket each; other levels wait in a heap. The result does not depend on the order of equal levels.
+/// The queue where the order of equal levels does not show: bytes have a bucket each, other levels wait in a heap.
 template <class Way, class T, class Index>
-using QueueOf = std::conditional_t<
+using AnyOrderQueue = std::conditional_t<
     std::is_same_v<T, uchar>, common::ByteQueue<Index, Way::kSmallestFirst>,
     common::EqualFirstQueue<common::HeapQueue<T, Index, typename Way::Comes>, T, Index>>;
 
-template <class Way, class T, class Index>
-void Flood(cv::Mat const & mask, cv::Mat1i const & seeds, common::Neighbourhood const & neighbourhood, cv::Mat & out)
+/// The flood over planes, from seeds to be added.
+template <class Way, class T, class Index, class Queue>
+class Flood
 {
-    PaddedGrid<Index> const grid(neighbourhood, mask.size());
-    std::vector<T> const bounds = common::PlaneOf(mask, grid, T{0});
-    std::vector<T> values = common::PlaneOf(out, grid, T{0});
-    common::FloodStates<Index> states(grid, neighbourhood.WrapsInX(), mask.size());
-    QueueOf<Way, T, Index> queue;
-    for (int y = 0; y < mask.rows; ++y)
+public:
+    Flood(cv::Mat const & mask, cv::Mat & out, common::Neighbourhood const & neighbourhood)
+        : m_out(out)
+        , m_grid(neighbourhood, out.size())
+        , m_bounds(common::PlaneOf(mask, m_grid, T{0}))
+        , m_values(common::PlaneOf(out, m_grid, T{0}))
+        , m_states(m_grid, neighbourhood.WrapsInX(), out.size())
+    {}
+
+    void AddSeed(cv::Point pixel)
     {
-        for (int x = 0; x < mask.cols; ++x)
+        Index const element = m_grid.RowStart(pixel.y) + static_cast<Index>(pixel.x);
+        m_states.Touch(element);
+        m_queue.Push(m_values[element], element);
+    }
+
+    void Run()
+    {
+        common::PriorityFlood(m_grid, m_states, m_queue, [&](Index element, T level) {
+            // From the mask, not from the image that is built: else nothing would ever be filled.
+            m_values[element] = Way::Level(level, m_bounds[element]);
+            return m_values[element];
+        });
+        common::CopyPlane(m_values, m_grid, m_out);
+    }
+
+private:
+    cv::Mat & m_out;
+    PaddedGrid<Index> m_grid;
+    std::vector<T> m_bounds;
+    std::vector<T> m_values;
+    common::FloodStates<Index> m_states;
+    Queue m_queue;
+};
+
+template <class Way, class T, class Index>
+bool FloodInAnyOrder(
+    cv::Mat const & mask, connexity::eConnexityType connexity, common::Neighbourhood const & neighbourhood,
+    cv::Mat & out)
+{
+    cv::Mat1i seeds(out.size());
+    if (!Way::Seeds(out, connexity, seeds)) return false;
+    Flood<Way, T, Index, AnyOrderQueue<Way, T, Index>> flood(mask, out, neighbourhood);
+    for (int y = 0; y < out.rows; ++y)
+    {
+        for (int x = 0; x < out.cols; ++x)
         {
-            if (seeds(y, x) == 0) continue;
-            Index const element = grid.RowStart(y) + static_cast<Index>(x);
-            states.Touch(element);
-            queue.Push(values[element], element);
+            if (seeds(y, x) != 0) flood.AddSeed({x, y});
         }
     }
-    common::PriorityFlood(grid, states, queue, [&](Index element, T level) {
-        // From the mask, not from the image that is built: else nothing would ever be filled.
-        values[element] = Way::Level(level, bounds[element]);
-        return values[element];
-    });
-    common::CopyPlane(values, grid, out);
+    flood.Run();
+    return true;
+}
+
+/// For levels whose order shows though they are equal, or not comparable: seeds by their labels, and the heap alone.
+template <class Way, class T, class Index>
+bool FloodInOrder(
+    cv::Mat const & mask, connexity::eConnexityType connexity, common::Neighbourhood const & neighbourhood,
+    cv::Mat & out)
+{
+    std::map<int, std::vector<cv::Point>> seeds;
+    if (!Way::Seeds(out, connexity, seeds)) return false;
+    Flood<Way, T, Index, common::HeapQueue<T, Index, typename Way::Comes>> flood(mask, out, neighbourhood);
+    for (auto const & [label, pixels] : seeds)
+    {
+        for (cv::Point const & pixel : pixels)
+        {
+            flood.AddSeed(pixel);
+        }
+    }
+    flood.Run();
+    return true;
 }
 
 template <class Way, class T>
@@ -97,13 +153,14 @@ bool Build(cv::Mat const & mask, cv::Mat const & marker, connexity::eConnexityTy
     // A header of its own: where `out` is the mask, a copy is what the flood reads.
     cv::Mat const bounds = out.data == mask.data ? mask.clone() : mask;
     Way::Meet(mask, marker, out);
-    if (out.empty()) return false;
-    cv::Mat1i seeds(out.size());
-    if (!Way::Seeds(out, connexity, seeds)) return false;
+    // A mask of one pixel is a number to OpenCV, but bounds no larger image.
+    if (out.empty() || out.size() != bounds.size()) return false;
+    // With NaN and negative zeros the order of levels shows.
+    bool const inOrder = std::is_floating_point_v<T> && !(HasFixedPoint(bounds) && HasFixedPoint(out));
     auto const neighbourhood = NeighbourhoodOver(connexity::Connexity(connexity), out.size());
     return common::VisitIndex(neighbourhood, out.size(), [&]<class Index> {
-        Flood<Way, T, Index>(bounds, seeds, neighbourhood, out);
-        return true;
+        return inOrder ? FloodInOrder<Way, T, Index>(bounds, connexity, neighbourhood, out)
+                       : FloodInAnyOrder<Way, T, Index>(bounds, connexity, neighbourhood, out);
     });
 }
 

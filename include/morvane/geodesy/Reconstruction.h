@@ -105,7 +105,8 @@ ReconstructionbyErode(cv::Mat const & marker, cv::Mat const & mask, int shape, c
 ///
 /// The flood starts from the regional minima of max(`mask`, `marker`), which keep their values; a pixel that is reached
 /// at some level takes the larger of that level and the mask. A minimum that the mask does not support stays as it is.
-/// Pixels that are never reached, behind NaN, keep max(`mask`, `marker`).
+/// A NaN in the mask is passed, and what lies behind it takes the mask. Without any minimum all pixels keep
+/// max(`mask`, `marker`).
 ///
 /// @param mask, marker see the table
 /// @param connexity the neighbourhood; with a wrapped one the flood crosses the left and right edges. A value outside the
@@ -114,7 +115,8 @@ ReconstructionbyErode(cv::Mat const & marker, cv::Mat const & mask, int shape, c
 /// @return true when the image was flooded. False, with `out` untouched, when the types differ, the depth is another,
 ///         an image is empty or has more than two dimensions. False, with `out` holding max(`mask`, `marker`), for more
 ///         than one channel.
-/// @throws cv::Exception when the sizes differ, as `cv::max` does; std::bad_alloc when memory runs out
+/// @throws cv::Exception when the sizes differ, as `cv::max` does, to which an image of one pixel is a number: as a marker
+///         it is that of all pixels, as a mask the answer is false; std::bad_alloc when memory runs out
 ///
 /// Cost: O(pixels) for `CV_8U`, O(pixels log pixels) for the others. About 20 bytes for each pixel. One thread.
 ///
@@ -150,7 +152,7 @@ UnderBuild(cv::Mat const & mask, cv::Mat const & marker, connexity::eConnexityTy
 /// @return true when the maxima were marked. False when `image` has more than one channel or dimensions than two, with
 ///         `out` untouched; or, after an empty `out` was made, when it has another size, more channels, or a depth that
 ///         ImageCompare() refuses.
-/// @throws cv::Exception as ReconstructionbyDilate(); std::bad_alloc when memory runs out
+/// @throws cv::Exception as ReconstructionbyDilate(), and for images without pixels; std::bad_alloc when memory runs out
 ///
 /// Cost: a reconstruction and a few passes over the image. OpenCV's and ImageCompare()'s threads.
 ///
@@ -200,7 +202,7 @@ FillHolesbyReconstruction(cv::Mat const & image, cv::Mat const & seedMask, int s
 /// @param connexity the neighbourhood
 /// @param out as for OverBuild()
 /// @return that of OverBuild(); false, with `out` untouched, when `seedMask` has another type than `CV_8UC1`
-/// @throws cv::Exception as OverBuild(), and when `seedMask` has another size
+/// @throws cv::Exception as OverBuild(), when `seedMask` has another size, and for `CV_16F` images
 ///
 /// Cost and threads as for OverBuild().
 [[nodiscard]] MORVANE_EXPORT bool FillHolesbyOverBuild(
