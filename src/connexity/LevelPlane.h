@@ -3,12 +3,15 @@
 #pragma once
 
 #include "common/PaddedGrid.h"
+#include "common/ValueRange.h"
 
 #include <opencv2/core.hpp>
 
 #include <algorithm>
+#include <climits>
 #include <cstddef>
 #include <cstdint>
+#include <numeric>
 #include <vector>
 
 namespace morvane::connexity::max_tree_internals
@@ -43,24 +46,24 @@ public:
     using Level = std::uint32_t;
 
     LevelPlane(cv::Mat const & image, common::PaddedGrid<Index> const & grid)
+        : m_levels(grid.Total())
     {
-        m_values.reserve(image.total());
-        for (int y = 0; y < image.rows; ++y)
+        auto const [least, most] = common::WidenedBy<int>(image, {INT_MAX, INT_MIN});
+        m_least = least;
+        // In unsigned arithmetic, as the range may pass the largest int.
+        auto const range = static_cast<std::uint32_t>(most) - static_cast<std::uint32_t>(least);
+        while (range >> m_shift >= kBuckets)
         {
-            m_values.insert(m_values.end(), image.ptr<int>(y), image.ptr<int>(y) + image.cols);
+            ++m_shift;
         }
-        std::sort(m_values.begin(), m_values.end());
-        m_values.erase(std::unique(m_values.begin(), m_values.end()), m_values.end());
-        m_values.shrink_to_fit();
-        m_levels.resize(grid.Total());
+        FindValues(image);
         for (int y = 0; y < image.rows; ++y)
         {
             int const * const row = image.ptr<int>(y);
             Level * const levels = m_levels.data() + grid.RowStart(y);
             for (int x = 0; x < image.cols; ++x)
             {
-                levels[x] =
-                    static_cast<Level>(std::lower_bound(m_values.begin(), m_values.end(), row[x]) - m_values.begin());
+                levels[x] = RankOf(row[x]);
             }
         }
     }
@@ -71,6 +74,61 @@ public:
     [[nodiscard]] int ValueOf(Level level) const { return m_values[level]; }
 
 private:
+    static constexpr std::uint32_t kBuckets = 1U << 18U;
+
+    /// The stretch of numbers that a number belongs to.
+    [[nodiscard]] std::size_t BucketOf(int value) const
+    {
+        return (static_cast<std::uint32_t>(value) - static_cast<std::uint32_t>(m_least)) >> m_shift;
+    }
+
+    /// Lists the numbers of the image, each once, in rising order: dealt into buckets, then sorted in each.
+    void FindValues(cv::Mat const & image)
+    {
+        m_bucketEnds.assign(std::size_t{kBuckets} + 1, 0);
+        ForEachValue(image, [this](int value) { ++m_bucketEnds[BucketOf(value) + 1]; });
+        std::partial_sum(m_bucketEnds.begin(), m_bucketEnds.end(), m_bucketEnds.begin());
+        m_values.resize(image.total());
+        // The start of a bucket moves to its end as the bucket fills.
+        ForEachValue(image, [this](int value) { m_values[m_bucketEnds[BucketOf(value)]++] = value; });
+        std::size_t start = 0;
+        std::size_t count = 0;
+        for (std::size_t bucket = 0; bucket < kBuckets; ++bucket)
+        {
+            auto const first = m_values.begin() + static_cast<std::ptrdiff_t>(start);
+            auto const end = m_values.begin() + static_cast<std::ptrdiff_t>(m_bucketEnds[bucket]);
+            start = m_bucketEnds[bucket];
+            std::sort(first, end);
+            auto const last = std::unique_copy(first, end, m_values.begin() + static_cast<std::ptrdiff_t>(count));
+            count = static_cast<std::size_t>(last - m_values.begin());
+            m_bucketEnds[bucket] = count;
+        }
+        m_values.resize(count);
+        m_values.shrink_to_fit();
+    }
+
+    template <class Visit>
+    static void ForEachValue(cv::Mat const & image, Visit && visit)
+    {
+        for (int y = 0; y < image.rows; ++y)
+        {
+            std::for_each_n(image.ptr<int>(y), image.cols, visit);
+        }
+    }
+
+    [[nodiscard]] Level RankOf(int value) const
+    {
+        std::size_t const bucket = BucketOf(value);
+        std::size_t const start = bucket == 0 ? 0 : m_bucketEnds[bucket - 1];
+        auto const first = m_values.begin() + static_cast<std::ptrdiff_t>(start);
+        auto const end = m_values.begin() + static_cast<std::ptrdiff_t>(m_bucketEnds[bucket]);
+        return static_cast<Level>(std::lower_bound(first, end, value) - m_values.begin());
+    }
+
+    int m_least = 0;
+    unsigned m_shift = 0;
+    /// For each bucket, the end of its numbers.
+    std::vector<std::size_t> m_bucketEnds;
     std::vector<int> m_values;
     std::vector<Level> m_levels;
 };
