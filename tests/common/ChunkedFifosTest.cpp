@@ -202,6 +202,42 @@ TEST(ChunkedFifos, QueuesFilledInTurn_DoNotMix)
     pair.ExpectDrains();
 }
 
+/// An item that counts how many were made without a value: those that queues made room for.
+struct Counted
+{
+    Counted() { ++made; }
+    explicit Counted(int number)
+        : value(number)
+    {}
+
+    static inline int made = 0;
+    int value = 0;
+};
+
+TEST(ChunkedFifos, EmptiedQueues_GiveTheirRoomToTheNext)
+{
+    ChunkedFifos<Counted, 512> fifos;
+    Counted::made = 0;
+    auto const fillAndEmpty = [&](std::size_t queue, int length) {
+        for (int item = 0; item < length; ++item)
+        {
+            fifos.Push(queue, Counted(item));
+        }
+        for (int item = 0; item < length; ++item)
+        {
+            ASSERT_EQ(fifos.Pop(queue).value, item);
+        }
+    };
+    fillAndEmpty(0, 1000);
+    int const room = Counted::made;
+    EXPECT_GE(room, 1000);
+    for (std::size_t queue = 0; queue < 512; ++queue)
+    {
+        ASSERT_NO_FATAL_FAILURE(fillAndEmpty(queue, 1 + static_cast<int>(queue) % 1000));
+    }
+    EXPECT_EQ(Counted::made, room) << "room was made though there was some";
+}
+
 } // namespace
 
 } // namespace morvane::common

@@ -201,6 +201,10 @@ TEST(Flooding, FirstCosts_AreTheLeastOverTheMarkedNeighbours)
     ExpectFlood(
         Framed({{200, 100, 150, 150}, {0, 100, 255, 0}}), {"......", ".1..2.", ".1122.", "......"}, true,
         {"######", "#11#2#", "#1122#", "######"});
+    // The cheap neighbour first, the dear one last.
+    ExpectFlood(
+        Framed({{100, 100, 150, 150}, {0, 200, 150, 0}}), {"......", ".1..2.", ".1122.", "......"}, true,
+        {"######", "#11#2#", "#1122#", "######"});
     // The same with the cheap neighbour above.
     ExpectFlood(
         Framed({{0, 100, 255, 0}, {200, 100, 150, 150}}), {"......", ".1122.", ".1..2.", "......"}, true,
