@@ -31,69 +31,74 @@ public:
         Ends & ends = m_ends[queue];
         if (!m_filled.Contains(queue))
         {
-            std::size_t const chunk = NewChunk();
-            ends = {chunk, 0, chunk, 0};
+            ends.first = ends.last = NewChunk();
             m_filled.Insert(queue);
         }
-        else if (ends.lastItem == kItems)
+        else if (++ends.last % kItems == 0)
         {
-            std::size_t const chunk = NewChunk();
-            m_next[ends.lastChunk] = chunk;
-            ends.lastChunk = chunk;
-            ends.lastItem = 0;
+            // The next place belongs to another chunk.
+            std::size_t const place = NewChunk();
+            m_next[ends.last / kItems - 1] = place;
+            ends.last = place;
         }
-        m_items[ends.lastChunk * kItems + ends.lastItem++] = item;
+        m_items[ends.last] = item;
     }
 
     /// Takes the first item of a queue that holds one.
     Item Pop(std::size_t queue)
     {
         Ends & ends = m_ends[queue];
-        Item const item = m_items[ends.firstChunk * kItems + ends.firstItem++];
-        bool const isLast = ends.firstChunk == ends.lastChunk && ends.firstItem == ends.lastItem;
+        std::size_t const place = ends.first++;
+        bool const isLast = place == ends.last;
         if (isLast) m_filled.Remove(queue);
-        if (isLast || ends.firstItem == kItems)
+        if (isLast || ends.first % kItems == 0)
         {
-            std::size_t const chunk = ends.firstChunk;
-            ends.firstChunk = m_next[chunk];
-            ends.firstItem = 0;
+            std::size_t const chunk = place / kItems;
+            ends.first = m_next[chunk];
             m_next[chunk] = m_firstFree;
             m_firstFree = chunk;
         }
-        return item;
+        return m_items[place];
+    }
+
+    /// An item that is soon the first of a queue that holds one, for asking ahead; or one that was.
+    [[nodiscard]] Item Ahead(std::size_t queue) const
+    {
+        constexpr std::size_t kAhead = 6;
+        std::size_t const place = m_ends[queue].first;
+        return m_items[place % kItems < kItems - kAhead ? place + kAhead : place];
     }
 
 private:
     static constexpr std::size_t kItems = 128;
     static constexpr std::size_t kNone = ~std::size_t{0};
 
-    /// Where a queue starts and ends: a chunk and a place in it.
+    /// The places of the first and the last item of a queue that holds one.
     struct Ends
     {
-        std::size_t firstChunk;
-        std::size_t firstItem;
-        std::size_t lastChunk;
-        std::size_t lastItem;
+        std::size_t first;
+        std::size_t last;
     };
 
+    /// The first place of a free chunk.
     std::size_t NewChunk()
     {
         if (m_firstFree == kNone)
         {
             m_next.push_back(kNone);
             m_items.resize(m_items.size() + kItems);
-            return m_next.size() - 1;
+            return (m_next.size() - 1) * kItems;
         }
         std::size_t const chunk = m_firstFree;
         m_firstFree = m_next[chunk];
-        return chunk;
+        return chunk * kItems;
     }
 
     std::array<Ends, kQueues> m_ends{};
     /// The queues that hold anything.
     LevelSet m_filled{kQueues};
     std::vector<Item> m_items;
-    /// For each chunk, the one after it in its queue or among the free ones.
+    /// For each chunk, the first place of the one after it in its queue, or the next one among the free.
     std::vector<std::size_t> m_next;
     std::size_t m_firstFree = kNone;
 };

@@ -115,7 +115,7 @@ bool Flooding(cv::Mat & image, cv::Mat & markers)
 {
     // Read as what they have to be, other types would be read beyond their ends.
     if (image.type() != CV_8UC1 || markers.type() != CV_32SC1 || !SameSize(image, markers)) return false;
-    return flooding_internals::FloodGrey(image, markers);
+    return !markers.empty() && flooding_internals::FloodGrey(image, markers);
 }
 
 bool FloodingNoZero(cv::Mat const & image, eConnexityType const & connexity, cv::Mat & markers)

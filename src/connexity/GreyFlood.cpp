@@ -1,13 +1,17 @@
 #include "connexity/GreyFlood.h"
 
 #include "common/ChunkedFifos.h"
+#include "common/Prefetch.h"
+#include "common/ValueRange.h"
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
+#include <vector>
 
 namespace morvane::connexity::flooding_internals
 {
@@ -20,59 +24,95 @@ constexpr int kLine = -1;
 constexpr int kQueued = -2;
 
 /// One more than the largest cost that there is, 510, and the number of queues.
-constexpr int kNoCost = 512;
+constexpr std::size_t kNoCost = 512;
 
 /// What pixel b costs when it is seen from pixel a: dark ones go first.
-std::size_t Cost(uchar a, uchar b)
+std::size_t Cost(int a, int b)
 {
     int const cost = std::abs(a - b) + a;
     return static_cast<std::size_t>(cost);
 }
 
-/// The flood over two planes whose rows are @p stride elements apart. The status is kept in the markers; their border of
-/// lines keeps every neighbour inside.
-template <class Index>
+/// A pixel's grey value and its marker, in which the status is kept, in one word: a flood that jumps from pixel to pixel
+/// waits for memory, and so for one plane rather than two.
+template <class Word>
+struct Pixel
+{
+    static constexpr unsigned kGreyBits = 8;
+    static constexpr int kLeastMarker = kQueued;
+    static constexpr Word kUnreachedStatus = kUnreached - kLeastMarker;
+    /// Larger markers need a wider word.
+    static constexpr std::uint64_t kMostMarker = (std::numeric_limits<Word>::max() >> kGreyBits) + kLeastMarker;
+
+    static Word Make(int grey, int marker)
+    {
+        return static_cast<Word>(static_cast<Word>(std::int64_t{marker} - kLeastMarker) << kGreyBits) |
+               static_cast<Word>(grey);
+    }
+
+    static int Grey(Word word) { return static_cast<int>(word & ((1U << kGreyBits) - 1)); }
+
+    static int Marker(Word word)
+    {
+        return static_cast<int>(static_cast<std::int64_t>(word >> kGreyBits) + kLeastMarker);
+    }
+};
+
+/// The flood over a plane without gaps. Its border of lines keeps every neighbour inside.
+template <class Word, class Index>
 class Flood
 {
+    using Of = Pixel<Word>;
+
 public:
-    Flood(uchar const * image, int * markers, cv::Size size, std::size_t stride)
-        : m_image(image)
-        , m_markers(markers)
-        , m_size(size)
-        , m_stride(static_cast<Index>(stride))
-        , m_steps{static_cast<Index>(Index{0} - 1U), 1, static_cast<Index>(Index{0} - m_stride), m_stride}
-    {}
+    Flood(cv::Mat const & image, cv::Mat const & markers)
+        : m_size(markers.size())
+        , m_plane(markers.total())
+        , m_steps{
+              static_cast<Index>(Index{0} - 1U), 1, static_cast<Index>(Index{0} - static_cast<Index>(markers.cols)),
+              static_cast<Index>(markers.cols)}
+    {
+        for (int y = 0; y < m_size.height; ++y)
+        {
+            uchar const * const grey = image.ptr(y);
+            int const * const marker = markers.ptr<int>(y);
+            Word * const row = m_plane.data() + RowStart(y);
+            bool const isBorder = y == 0 || y == m_size.height - 1;
+            for (int x = 0; x < m_size.width; ++x)
+            {
+                row[x] = Of::Make(grey[x], isBorder ? kLine : std::max(marker[x], kUnreached));
+            }
+            row[0] = Of::Make(grey[0], kLine);
+            row[m_size.width - 1] = Of::Make(grey[m_size.width - 1], kLine);
+        }
+    }
 
     bool Run()
     {
-        DrawBorder();
         PushFirst();
         std::size_t active = m_queues.FirstFrom(0);
         if (active == kNoCost) return false;
         for (; active != kNoCost; active = m_queues.FirstFrom(active))
         {
-            Index const pixel = m_queues.Pop(active);
-            int const label = LabelFrom(pixel);
-            m_markers[pixel] = label;
-            if (label != kLine) active = std::min(active, PushNeighbours(pixel));
+            AskFor(m_queues.Ahead(active));
+            active = std::min(active, Spread(m_queues.Pop(active)));
         }
         return true;
     }
 
-private:
-    [[nodiscard]] Index RowStart(int y) const { return static_cast<Index>(y) * m_stride; }
-
-    void DrawBorder()
+    void CopyTo(cv::Mat & markers) const
     {
-        if (m_size.width == 0 || m_size.height == 0) return;
-        std::fill_n(m_markers, m_size.width, kLine);
-        std::fill_n(m_markers + RowStart(m_size.height - 1), m_size.width, kLine);
-        for (int y = 1; y < m_size.height - 1; ++y)
+        for (int y = 0; y < m_size.height; ++y)
         {
-            int * const row = m_markers + RowStart(y);
-            row[0] = kLine;
-            row[m_size.width - 1] = kLine;
+            Word const * const row = m_plane.data() + RowStart(y);
+            std::transform(row, row + m_size.width, markers.ptr<int>(y), Of::Marker);
         }
+    }
+
+private:
+    [[nodiscard]] std::size_t RowStart(int y) const
+    {
+        return static_cast<std::size_t>(y) * static_cast<std::size_t>(m_size.width);
     }
 
     /// Queues the pixels beside the markers.
@@ -82,85 +122,99 @@ private:
         {
             for (int x = 1; x < m_size.width - 1; ++x)
             {
-                Index const pixel = RowStart(y) + static_cast<Index>(x);
-                if (m_markers[pixel] < 0) m_markers[pixel] = kUnreached;
-                if (m_markers[pixel] != kUnreached) continue;
+                auto const pixel = static_cast<Index>(RowStart(y) + static_cast<std::size_t>(x));
+                if (Of::Marker(m_plane[pixel]) != kUnreached) continue;
                 std::size_t cost = kNoCost;
                 for (Index const step : m_steps)
                 {
-                    Index const neighbour = pixel + step;
-                    if (m_markers[neighbour] > 0) cost = std::min(cost, Cost(m_image[pixel], m_image[neighbour]));
+                    Word const neighbour = m_plane[static_cast<Index>(pixel + step)];
+                    if (Of::Marker(neighbour) <= 0) continue;
+                    cost = std::min(cost, Cost(Of::Grey(m_plane[pixel]), Of::Grey(neighbour)));
                 }
-                if (cost != kNoCost) Push(cost, pixel);
+                if (cost == kNoCost) continue;
+                m_plane[pixel] = Of::Make(Of::Grey(m_plane[pixel]), kQueued);
+                m_queues.Push(cost, pixel);
             }
         }
     }
 
-    void Push(std::size_t cost, Index pixel)
+    /// Asks for the memory around a pixel, which lies far from the one before it.
+    void AskFor(Index pixel) const
     {
-        m_queues.Push(cost, pixel);
-        m_markers[pixel] = kQueued;
+        // An item that is not there yet lies on the border.
+        if (pixel < static_cast<Index>(m_size.width)) return;
+        Word const * const word = m_plane.data() + pixel;
+        common::Prefetch(word);
+        common::Prefetch(word - m_size.width);
+        common::Prefetch(word + m_size.width);
     }
 
-    /// The label of the labelled neighbours, a line where they differ.
-    [[nodiscard]] int LabelFrom(Index pixel) const
+    /// Labels a pixel that has waited as its labelled neighbours are, a line where they differ, and queues the others unless
+    /// it is one. @return the least of their costs
+    std::size_t Spread(Index pixel)
     {
-        int label = kUnreached;
-        for (Index const step : m_steps)
+        // Without branches, as what the neighbours are cannot be predicted.
+        std::array<Word, 4> neighbours;
+        Word least = std::numeric_limits<Word>::max();
+        Word most = 0;
+        unsigned unreached = 0;
+        for (unsigned side = 0; side < 4; ++side)
         {
-            int const other = m_markers[static_cast<Index>(pixel + step)];
-            if (other <= 0 || other == label) continue;
-            if (label != kUnreached) return kLine;
-            label = other;
+            neighbours[side] = m_plane[static_cast<Index>(pixel + m_steps[side])];
+            Word const status = neighbours[side] >> Of::kGreyBits;
+            most = std::max(most, status);
+            least = std::min(least, status > Of::kUnreachedStatus ? status : std::numeric_limits<Word>::max());
+            unreached |= (status == Of::kUnreachedStatus ? 1U : 0U) << side;
         }
-        return label;
-    }
-
-    /// Queues the neighbours that were not reached. @return the least of their costs
-    std::size_t PushNeighbours(Index pixel)
-    {
-        std::size_t least = kNoCost;
-        for (Index const step : m_steps)
+        int const grey = Of::Grey(m_plane[pixel]);
+        if (least != most)
         {
-            Index const neighbour = pixel + step;
-            if (m_markers[neighbour] != kUnreached) continue;
-            std::size_t const cost = Cost(m_image[pixel], m_image[neighbour]);
-            Push(cost, neighbour);
-            least = std::min(least, cost);
+            m_plane[pixel] = Of::Make(grey, kLine);
+            return kNoCost;
         }
-        return least;
+        m_plane[pixel] = static_cast<Word>(most << Of::kGreyBits) | static_cast<Word>(grey);
+        std::size_t cheapest = kNoCost;
+        for (; unreached != 0; unreached &= unreached - 1)
+        {
+            auto const side = static_cast<std::size_t>(std::countr_zero(unreached));
+            int const other = Of::Grey(neighbours[side]);
+            auto const neighbour = static_cast<Index>(pixel + m_steps[side]);
+            std::size_t const cost = Cost(grey, other);
+            m_plane[neighbour] = Of::Make(other, kQueued);
+            m_queues.Push(cost, neighbour);
+            cheapest = std::min(cheapest, cost);
+        }
+        return cheapest;
     }
 
-    uchar const * m_image;
-    int * m_markers;
     cv::Size m_size;
-    Index m_stride;
+    std::vector<Word> m_plane;
     /// To the left, the right, up and down; steps back wrap, and back again when they are added.
     std::array<Index, 4> m_steps;
     common::ChunkedFifos<Index, kNoCost> m_queues;
 };
 
-/// Floods matrices whose rows are as many elements apart.
-bool FloodAligned(cv::Mat const & image, cv::Mat & markers)
+template <class Word, class Index>
+bool FloodIn(cv::Mat const & image, cv::Mat & markers)
 {
-    std::size_t const stride = markers.step1();
-    auto * const pixels = markers.ptr<int>();
-    if (stride * static_cast<std::size_t>(markers.rows) <= std::numeric_limits<std::uint32_t>::max())
-    {
-        return Flood<std::uint32_t>(image.ptr(), pixels, markers.size(), stride).Run();
-    }
-    return Flood<std::uint64_t>(image.ptr(), pixels, markers.size(), stride).Run();
+    Flood<Word, Index> flood(image, markers);
+    bool const isFlooded = flood.Run();
+    flood.CopyTo(markers);
+    return isFlooded;
 }
 
 } // namespace
 
 bool FloodGrey(cv::Mat const & image, cv::Mat & markers)
 {
-    if (image.step1() == markers.step1()) return FloodAligned(image, markers);
-    cv::Mat packed = markers.clone();
-    bool const isFlooded = FloodAligned(image.clone(), packed);
-    packed.copyTo(markers);
-    return isFlooded;
+    if (markers.total() > std::numeric_limits<std::uint32_t>::max())
+    {
+        return FloodIn<std::uint64_t, std::uint64_t>(image, markers);
+    }
+    int const most = common::WidenedBy<int>(markers, {0, 0}).high;
+    return static_cast<std::uint64_t>(most) <= Pixel<std::uint32_t>::kMostMarker
+               ? FloodIn<std::uint32_t, std::uint32_t>(image, markers)
+               : FloodIn<std::uint64_t, std::uint32_t>(image, markers);
 }
 
 } // namespace morvane::connexity::flooding_internals

@@ -284,6 +284,16 @@ TEST(Flooding, ImagesWithoutPixels_AnswerFalseAndKeepTheirSize)
     }
 }
 
+TEST(Flooding, ImagesWithoutColumns_KeepTheirSizeWhenTheirStepsDiffer)
+{
+    uchar bytes[40] = {};
+    cv::Mat image(5, 0, CV_8UC1, bytes, 8);
+    cv::Mat markers(5, 0, CV_32SC1);
+    EXPECT_FALSE(Flooding(image, markers));
+    EXPECT_EQ(markers.rows, 5);
+    EXPECT_EQ(markers.cols, 0);
+}
+
 TEST(Flooding, FloodedInside_HasNothingLeftToFlood)
 {
     cv::Mat image = Even({9, 9});

@@ -21,7 +21,8 @@ namespace morvane::connexity
 /// | `markers` | rows x cols | `CV_32S` | 1        | in: above 0 a label, others none; out: labels, -1 on the lines between them and on the image's border, 0 where no label came |
 ///
 /// A pixel of value b that is seen from a pixel of value a waits with the cost |a - b| + a: dark pixels go first, not only
-/// similar ones; equal costs in the order in which they came. Neighbours are those to the left, right, above and below, in
+/// similar ones; equal costs in the order in which they came. The flood sees pixels from where it has come; the pixels
+/// beside the markers themselves, with which it begins, see the markers, and wait with the least of these costs. Neighbours are those to the left, right, above and below, in
 /// this order. A pixel whose labelled neighbours differ becomes a line of -1. Markers on the border are lost.
 ///
 /// @param image see the table
@@ -31,7 +32,7 @@ namespace morvane::connexity
 ///         dimensions.
 /// @throws std::bad_alloc when memory runs out
 ///
-/// Cost: O(pixels). 4 bytes for each pixel that waits; copies where one matrix has gaps between its rows and the other
+/// Cost: O(pixels). 4 bytes for each pixel that waits, 8 in matrices of 2^32 elements and more; copies where one matrix has gaps between its rows and the other
 /// other ones. One thread. The arguments must not overlap.
 ///
 /// Source: F. Meyer, "Color image segmentation", 1992, with another cost.
@@ -49,7 +50,9 @@ namespace morvane::connexity
 /// | `markers` | rows x cols | `CV_32S`; see below for `CV_8U`, `CV_16U`, `CV_16S` | 1    | in: above 0 a label; out: the highest marker of each zone, 0 where there is no zone |
 ///
 /// Basins are those of `cv::watershed` on the grey map of the image (GrayMapNoZero()), its lines a basin of their own.
-/// Zones are those of Label() inside one basin; in a line there is no marker as a rule, so that it becomes 0.
+/// Zones are those of Label() inside one basin; in a line there is no marker as a rule, so that it becomes 0. Negative
+/// markers make no basin; a zone with no others gets the highest of them. Markers on the border make no basin either, but
+/// count where zones are given their highest.
 ///
 /// The table of highest markers is `CV_32S`, and is refused for labels of another type: with markers of 8 and 16 bits the
 /// answer is always false, and the numbers of the zones are left in `markers`.
@@ -59,8 +62,10 @@ namespace morvane::connexity
 /// @param markers in and out
 /// @return true when the markers were spread. False, with `markers` untouched, when the image has more than one channel,
 ///         the sizes differ, the depth of the image or of the markers is refused, in this order, or a matrix has more than
-///         two dimensions. False with the numbers of the zones in `markers` when these are not `CV_32SC1`.
-/// @throws cv::Exception for empty images, as OpenCV's conversion to colour does; std::bad_alloc when memory runs out
+///         two dimensions. False with the numbers of the zones in `markers`, in the first `cols` elements of each row, when
+///         these are not `CV_32SC1`.
+/// @throws cv::Exception for empty images, as OpenCV's conversion to colour does, and for `CV_16S` markers when there are
+///         32767 zones or more, with their numbers in `markers`; std::bad_alloc when memory runs out
 ///
 /// Cost: that of `cv::watershed`, plus O(pixels). About 25 bytes for each pixel. One thread. The arguments must not
 /// overlap.
@@ -85,8 +90,8 @@ FloodingDelta(cv::Mat const & image, eConnexityType const & connexity, double de
 /// @param second rows x cols, any of the six depths, one channel
 /// @param delta1 largest difference in the first image
 /// @param delta2 largest difference in the second image
-/// @return as FloodingNoZero(), with the channels, the size and the depth of the second image looked at after those of the
-///         first
+/// @return as FloodingNoZero(); false also when the second image has more than one channel, another size or a refused
+///         depth
 /// @throws cv::Exception, std::bad_alloc as FloodingNoZero()
 ///
 /// Cost, threads and aliasing as for FloodingNoZero().
