@@ -19,7 +19,7 @@ namespace
 template <class A, class T, class Index>
 std::vector<T> OutputLevels(FloodedTree<T, Index> const & tree, std::uint64_t threshold)
 {
-    std::vector<A> const attributes = tree.template Attributes<A>();
+    auto const attributes = tree.template Attributes<A>();
     // What the root inherits stands at its parent, no node: 0.
     std::vector<T> levels(tree.NextIndex());
     tree.ForEachDown([&](Index node, Index parent) {

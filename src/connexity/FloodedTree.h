@@ -18,6 +18,11 @@
 namespace morvane::connexity::max_tree_internals
 {
 
+/// An attribute in a table: final, as what has no virtual destructor is only destroyed as itself.
+template <class A>
+struct Accumulator final : A
+{};
+
 /// A max-tree. Nodes are numbered from 1, the root first; 0 is none.
 ///
 /// @tparam T `uchar`, `ushort` or `int`
@@ -70,9 +75,9 @@ public:
 
     /// The attribute of each node, of its whole component; that of node 0 is empty.
     template <class A>
-    [[nodiscard]] std::vector<A> Attributes() const
+    [[nodiscard]] std::vector<Accumulator<A>> Attributes() const
     {
-        std::vector<A> attributes(NextIndex());
+        std::vector<Accumulator<A>> attributes(NextIndex());
         for (int y = 0; y < m_size.height; ++y)
         {
             Index const * const labels = m_labels.data() + m_grid.RowStart(y);
@@ -92,7 +97,7 @@ public:
         for (int y = 0; y < m_size.height; ++y)
         {
             Index const * const labels = m_labels.data() + m_grid.RowStart(y);
-            Entry * const row = image.ptr<Entry>(y);
+            auto * const row = image.ptr<Entry>(y);
             for (int x = 0; x < m_size.width; ++x)
             {
                 row[x] = table[labels[x]];

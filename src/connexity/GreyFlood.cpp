@@ -42,7 +42,7 @@ struct Pixel
     static constexpr int kLeastMarker = kQueued;
     static constexpr Word kUnreachedStatus = kUnreached - kLeastMarker;
     /// Larger markers need a wider word.
-    static constexpr std::uint64_t kMostMarker = (std::numeric_limits<Word>::max() >> kGreyBits) + kLeastMarker;
+    static constexpr std::uint64_t kMostMarker = (std::numeric_limits<Word>::max() >> kGreyBits) - kUnreachedStatus;
 
     static Word Make(int grey, int marker)
     {

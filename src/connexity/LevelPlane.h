@@ -46,12 +46,23 @@ public:
     using Level = std::uint32_t;
 
     LevelPlane(cv::Mat const & image, common::PaddedGrid<Index> const & grid)
-        : m_levels(grid.Total())
+        : LevelPlane(image, grid, common::WidenedBy<int>(image, {INT_MAX, INT_MIN}))
+    {}
+
+    [[nodiscard]] Level At(Index element) const { return m_levels[element]; }
+
+    /// The number that a level stands for.
+    [[nodiscard]] int ValueOf(Level level) const { return m_values[level]; }
+
+private:
+    static constexpr std::uint32_t kBuckets = 1U << 18U;
+
+    LevelPlane(cv::Mat const & image, common::PaddedGrid<Index> const & grid, common::ValueRange<int> const & values)
+        : m_least(values.low)
+        , m_levels(grid.Total())
     {
-        auto const [least, most] = common::WidenedBy<int>(image, {INT_MAX, INT_MIN});
-        m_least = least;
         // In unsigned arithmetic, as the range may pass the largest int.
-        auto const range = static_cast<std::uint32_t>(most) - static_cast<std::uint32_t>(least);
+        auto const range = static_cast<std::uint32_t>(values.high) - static_cast<std::uint32_t>(values.low);
         while (range >> m_shift >= kBuckets)
         {
             ++m_shift;
@@ -67,14 +78,6 @@ public:
             }
         }
     }
-
-    [[nodiscard]] Level At(Index element) const { return m_levels[element]; }
-
-    /// The number that a level stands for.
-    [[nodiscard]] int ValueOf(Level level) const { return m_values[level]; }
-
-private:
-    static constexpr std::uint32_t kBuckets = 1U << 18U;
 
     /// The stretch of numbers that a number belongs to.
     [[nodiscard]] std::size_t BucketOf(int value) const
@@ -125,7 +128,7 @@ private:
         return static_cast<Level>(std::lower_bound(first, end, value) - m_values.begin());
     }
 
-    int m_least = 0;
+    int m_least;
     unsigned m_shift = 0;
     /// For each bucket, the end of its numbers.
     std::vector<std::size_t> m_bucketEnds;

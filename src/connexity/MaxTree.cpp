@@ -26,11 +26,11 @@ bool IsImageOf(cv::Mat const & image)
 template <class Node, class A, class Tree>
 void Fill(Tree const & tree, MaxTreeStore<Node> & store)
 {
-    std::vector<A> attributes = tree.template Attributes<A>();
+    auto attributes = tree.template Attributes<A>();
     for (std::size_t index = 1; index < tree.NextIndex(); ++index)
     {
         Node & node = *store.Get(store.Create());
-        static_cast<A &>(node) = std::move(attributes[index]);
+        static_cast<A &>(node) = attributes[index];
         node.nextSibling = tree.NextSiblingOf(index);
         node.firstChild = tree.FirstChildOf(index);
         node.level = tree.LevelOf(index);

@@ -63,7 +63,9 @@ template <class T, class Out, class Tree, class A>
 class Step
 {
 public:
-    Step(Tree const & tree, std::vector<A> const & measured, Limits const & limits, Residues<T, Out> & residues)
+    Step(
+        Tree const & tree, std::vector<Accumulator<A>> const & measured, Limits const & limits,
+        Residues<T, Out> & residues)
         : m_tree(tree)
         , m_measured(measured)
         , m_limits(limits)
@@ -106,7 +108,7 @@ private:
     }
 
     Tree const & m_tree;
-    std::vector<A> const & m_measured;
+    std::vector<Accumulator<A>> const & m_measured;
     Limits const & m_limits;
     Residues<T, Out> & m_residues;
 };
@@ -121,7 +123,7 @@ bool Open(
         Tree const tree(image, connexity);
         Residues<T, Out> residues(tree.NextIndex());
         VisitAttribute(attribute, [&]<class A> {
-            std::vector<A> const measured = tree.template Attributes<A>();
+            auto const measured = tree.template Attributes<A>();
             Step<T, Out, Tree, A> const step(tree, measured, limits, residues);
             tree.ForEachDown([&](Index node, Index parent) {
                 if (parent != 0) step(node, parent);
