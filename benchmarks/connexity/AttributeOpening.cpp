@@ -83,7 +83,7 @@ bool OpenLevels(cv::Mat const & image, cv::Mat & out)
 }
 
 template <class Operator>
-void TimeOn(std::string const & name, Input const & input, int side, Operator const & run)
+void TimeOn(std::string const & name, Input const & input, int side, Operator run)
 {
     benchmarks::Time(
         name + input.name + "/" + std::to_string(side),

@@ -19,14 +19,12 @@ struct Scene
     cv::Mat mask;
 };
 
-/// The brighter part of the blobs, reached from a few points.
+/// Blobs, reached from a few points.
 Scene Blobs(int side)
 {
-    cv::Mat const grey = benchmarks::GreyBlobs(side);
-    Scene scene{cv::Mat::zeros(grey.size(), CV_16UC1), cv::Mat()};
-    cv::Mat const bright = grey > cv::mean(grey)[0];
-    bright.convertTo(scene.mask, CV_16U);
-    constexpr int kSquare = 400;
+    Scene scene{cv::Mat::zeros(side, side, CV_16UC1), cv::Mat()};
+    benchmarks::Blobs(side).convertTo(scene.mask, CV_16U);
+    constexpr int kSquare = 100;
     for (int y = kSquare / 4; y < side; y += kSquare)
     {
         for (int x = kSquare / 4; x < side; x += kSquare)

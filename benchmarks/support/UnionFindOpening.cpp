@@ -50,31 +50,46 @@ std::uint32_t Root(std::vector<std::uint32_t> & forest, std::uint32_t pixel)
     return pixel;
 }
 
+/// The image on a plane with a frame of one pixel that is never immersed.
 template <class T>
-cv::Mat Open(cv::Mat const & image, int area)
+struct Framed
 {
-    // A frame of one pixel that is never immersed.
-    int const stride = image.cols + 2;
-    std::size_t const total = static_cast<std::size_t>(stride) * static_cast<std::size_t>(image.rows + 2);
-    std::vector<T> values(total);
-    std::vector<uchar> isInside(total);
-    for (int y = 0; y < image.rows; ++y)
+    explicit Framed(cv::Mat const & image)
+        : stride(image.cols + 2)
+        , values(static_cast<std::size_t>(stride) * static_cast<std::size_t>(image.rows + 2))
+        , isInside(values.size())
     {
-        std::size_t const start = static_cast<std::size_t>(y + 1) * static_cast<std::size_t>(stride) + 1;
-        std::copy_n(image.ptr<T>(y), image.cols, values.begin() + static_cast<std::ptrdiff_t>(start));
-        std::fill_n(isInside.begin() + static_cast<std::ptrdiff_t>(start), image.cols, uchar{1});
+        for (int y = 0; y < image.rows; ++y)
+        {
+            std::copy_n(image.ptr<T>(y), image.cols, values.begin() + RowStart(y));
+            std::fill_n(isInside.begin() + RowStart(y), image.cols, uchar{1});
+        }
     }
-    constexpr std::uint32_t kNone = ~std::uint32_t{0};
-    std::vector<std::uint32_t> const order = Sorted(values);
+
+    [[nodiscard]] std::ptrdiff_t RowStart(int y) const { return std::ptrdiff_t{y + 1} * stride + 1; }
+
+    int stride;
+    std::vector<T> values;
+    std::vector<uchar> isInside;
+};
+
+constexpr std::uint32_t kNone = ~std::uint32_t{0};
+
+/// Immerses the pixels from the highest on. @return the parent of each: a pixel of its node, or of the one below
+template <class T>
+std::vector<std::uint32_t> Immerse(Framed<T> const & image, std::vector<std::uint32_t> const & order)
+{
+    std::size_t const total = image.values.size();
     std::vector<std::uint32_t> parents(total, kNone);
     std::vector<std::uint32_t> forest(total, kNone);
     std::vector<std::uint32_t> tops(total);
     std::vector<uchar> ranks(total);
+    int const stride = image.stride;
     int const offsets[] = {-stride - 1, -stride, -stride + 1, -1, 1, stride - 1, stride, stride + 1};
     for (auto it = order.rbegin(); it != order.rend(); ++it)
     {
         std::uint32_t const pixel = *it;
-        if (isInside[pixel] == 0) continue;
+        if (image.isInside[pixel] == 0) continue;
         parents[pixel] = forest[pixel] = tops[pixel] = pixel;
         std::uint32_t root = pixel;
         for (int const offset : offsets)
@@ -90,22 +105,39 @@ cv::Mat Open(cv::Mat const & image, int area)
             tops[root] = pixel;
         }
     }
-    // Each pixel's parent becomes the first pixel of its node, or of the parent node.
-    std::vector<std::uint32_t> areas(total, 1);
+    return parents;
+}
+
+/// Makes each pixel's parent the first pixel of its node, or of the parent node.
+template <class T>
+void PointAtFirst(
+    Framed<T> const & image, std::vector<std::uint32_t> const & order, std::vector<std::uint32_t> & parents)
+{
     for (std::uint32_t const pixel : order)
     {
-        if (isInside[pixel] == 0) continue;
+        if (image.isInside[pixel] == 0) continue;
         std::uint32_t const parent = parents[pixel];
-        if (values[parents[parent]] == values[parent]) parents[pixel] = parents[parent];
+        if (image.values[parents[parent]] == image.values[parent]) parents[pixel] = parents[parent];
     }
+}
+
+template <class T>
+cv::Mat Open(cv::Mat const & image, int area)
+{
+    Framed<T> const framed(image);
+    std::vector<T> const & values = framed.values;
+    std::vector<std::uint32_t> const order = Sorted(values);
+    std::vector<std::uint32_t> parents = Immerse(framed, order);
+    PointAtFirst(framed, order, parents);
+    std::vector<std::uint32_t> areas(values.size(), 1);
     for (auto it = order.rbegin(); it != order.rend(); ++it)
     {
-        if (isInside[*it] != 0 && parents[*it] != *it) areas[parents[*it]] += areas[*it];
+        if (framed.isInside[*it] != 0 && parents[*it] != *it) areas[parents[*it]] += areas[*it];
     }
-    std::vector<T> levels(total);
+    std::vector<T> levels(values.size());
     for (std::uint32_t const pixel : order)
     {
-        if (isInside[pixel] == 0) continue;
+        if (framed.isInside[pixel] == 0) continue;
         std::uint32_t const parent = parents[pixel];
         bool const isRoot = parent == pixel;
         bool const isFirst = isRoot || values[parent] != values[pixel];
@@ -116,8 +148,7 @@ cv::Mat Open(cv::Mat const & image, int area)
     cv::Mat out(image.size(), image.type());
     for (int y = 0; y < image.rows; ++y)
     {
-        std::size_t const start = static_cast<std::size_t>(y + 1) * static_cast<std::size_t>(stride) + 1;
-        std::copy_n(levels.begin() + static_cast<std::ptrdiff_t>(start), image.cols, out.ptr<T>(y));
+        std::copy_n(levels.begin() + framed.RowStart(y), image.cols, out.ptr<T>(y));
     }
     return out;
 }

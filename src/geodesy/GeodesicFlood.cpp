@@ -3,6 +3,7 @@
 #include "common/BitImage.h"
 #include "common/Dispatch.h"
 #include "common/PaddedGrid.h"
+#include "common/Prefetch.h"
 #include "geodesy/GeodesicSteps.h"
 
 #include <algorithm>
@@ -93,17 +94,28 @@ private:
 
     void Spread(PaddedGrid<Index> const & grid)
     {
-        if (grid.Steps().size() == 8) return SpreadBy<8>(grid.Steps());
-        if (grid.Steps().size() == 4) return SpreadBy<4>(grid.Steps());
-        SpreadBy<0>(grid.Steps());
+        std::vector<Index> const & steps = grid.Steps();
+        if (steps.size() == 8) return SpreadBy(FirstOf<8>(steps));
+        if (steps.size() == 4) return SpreadBy(FirstOf<4>(steps));
+        // A single pixel has nowhere to spread.
+        if (steps.empty()) return m_levels.push_back(m_count);
+        SpreadBy(steps);
     }
 
-    template <std::size_t kSteps>
-    void SpreadBy(std::vector<Index> const & gridSteps)
+    template <std::size_t kCount>
+    static std::array<Index, kCount> FirstOf(std::vector<Index> const & steps)
     {
-        // Copies on the stack, which the stores of bytes below cannot change.
-        std::array<Index, kSteps> steps{};
-        std::copy_n(gridSteps.begin(), kSteps, steps.begin());
+        std::array<Index, kCount> first{};
+        std::copy_n(steps.begin(), kCount, first.begin());
+        return first;
+    }
+
+    static constexpr std::size_t kAhead = 16;
+
+    /// @param steps a copy: the stores of bytes below could else change it, for all that the compiler knows
+    template <class Steps>
+    void SpreadBy(Steps const steps)
+    {
         Index * __restrict const reached = m_reached.get();
         uchar * __restrict const states = m_states.data();
         std::size_t count = m_count;
@@ -113,6 +125,10 @@ private:
             m_levels.push_back(count);
             for (std::size_t const end = count; front < end; ++front)
             {
+                // The memory of a pixel to come: those that wait lie along a front that no processor foresees.
+                Index const ahead = reached[std::min(front + kAhead, end - 1)];
+                common::Prefetch(states + static_cast<Index>(ahead + steps.front()));
+                common::Prefetch(states + static_cast<Index>(ahead + steps.back()));
                 Index const element = reached[front];
                 for (Index const step : steps)
                 {
