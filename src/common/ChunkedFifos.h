@@ -26,10 +26,12 @@ public:
         return std::min(m_filled.FirstFrom(queue), kQueues);
     }
 
+    [[nodiscard]] bool IsEmpty(std::size_t queue) const { return m_ends[queue].last == kNone; }
+
     void Push(std::size_t queue, Item item)
     {
         Ends & ends = m_ends[queue];
-        if (!m_filled.Contains(queue))
+        if (ends.last == kNone)
         {
             ends.first = ends.last = NewChunk();
             m_filled.Insert(queue);
@@ -50,7 +52,11 @@ public:
         Ends & ends = m_ends[queue];
         std::size_t const place = ends.first++;
         bool const isLast = place == ends.last;
-        if (isLast) m_filled.Remove(queue);
+        if (isLast)
+        {
+            m_filled.Remove(queue);
+            ends.last = kNone;
+        }
         if (isLast || ends.first % kItems == 0)
         {
             std::size_t const chunk = place / kItems;
@@ -64,20 +70,20 @@ public:
     /// An item that is soon the first of a queue that holds one, for asking ahead; or one that was.
     [[nodiscard]] Item Ahead(std::size_t queue) const
     {
-        constexpr std::size_t kAhead = 6;
+        constexpr std::size_t kAhead = 16;
         std::size_t const place = m_ends[queue].first;
         return m_items[place % kItems < kItems - kAhead ? place + kAhead : place];
     }
 
 private:
-    static constexpr std::size_t kItems = 128;
+    static constexpr std::size_t kItems = 256;
     static constexpr std::size_t kNone = ~std::size_t{0};
 
-    /// The places of the first and the last item of a queue that holds one.
+    /// The places of the first and the last item of a queue, none for the last when it holds none.
     struct Ends
     {
-        std::size_t first;
-        std::size_t last;
+        std::size_t first = 0;
+        std::size_t last = kNone;
     };
 
     /// The first place of a free chunk.

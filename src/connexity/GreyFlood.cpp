@@ -92,10 +92,11 @@ public:
         PushFirst();
         std::size_t active = m_queues.FirstFrom(0);
         if (active == kNoCost) return false;
-        for (; active != kNoCost; active = m_queues.FirstFrom(active))
+        while (active != kNoCost)
         {
             AskFor(m_queues.Ahead(active));
             active = std::min(active, Spread(m_queues.Pop(active)));
+            if (m_queues.IsEmpty(active)) active = m_queues.FirstFrom(active);
         }
         return true;
     }
@@ -153,34 +154,41 @@ private:
     /// it is one. @return the least of their costs
     std::size_t Spread(Index pixel)
     {
-        // Without branches, as what the neighbours are cannot be predicted.
-        std::array<Word, 4> neighbours;
-        Word least = std::numeric_limits<Word>::max();
+        Word * const plane = m_plane.data();
+        std::array<Index, 4> const steps = m_steps;
+        Word const self = plane[pixel];
+        std::array<Word, 4> const words{
+            plane[static_cast<Index>(pixel + steps[0])], plane[static_cast<Index>(pixel + steps[1])],
+            plane[static_cast<Index>(pixel + steps[2])], plane[static_cast<Index>(pixel + steps[3])]};
+        // Labels are the largest statuses, and there is one: without branches, as what the neighbours are cannot be
+        // predicted.
         Word most = 0;
-        unsigned unreached = 0;
-        for (unsigned side = 0; side < 4; ++side)
+        for (Word const word : words)
         {
-            neighbours[side] = m_plane[static_cast<Index>(pixel + m_steps[side])];
-            Word const status = neighbours[side] >> Of::kGreyBits;
-            most = std::max(most, status);
-            least = std::min(least, status > Of::kUnreachedStatus ? status : std::numeric_limits<Word>::max());
-            unreached |= (status == Of::kUnreachedStatus ? 1U : 0U) << side;
+            Word const status = word >> Of::kGreyBits;
+            most = status > most ? status : most;
         }
-        int const grey = Of::Grey(m_plane[pixel]);
-        if (least != most)
+        bool isLine = false;
+        for (Word const word : words)
         {
-            m_plane[pixel] = Of::Make(grey, kLine);
+            Word const status = word >> Of::kGreyBits;
+            isLine |= status > Of::kUnreachedStatus && status != most;
+        }
+        int const grey = Of::Grey(self);
+        if (isLine)
+        {
+            plane[pixel] = Of::Make(grey, kLine);
             return kNoCost;
         }
-        m_plane[pixel] = static_cast<Word>(most << Of::kGreyBits) | static_cast<Word>(grey);
+        plane[pixel] = static_cast<Word>(most << Of::kGreyBits) | static_cast<Word>(grey);
         std::size_t cheapest = kNoCost;
-        for (; unreached != 0; unreached &= unreached - 1)
+        for (std::size_t side = 0; side < 4; ++side)
         {
-            auto const side = static_cast<std::size_t>(std::countr_zero(unreached));
-            int const other = Of::Grey(neighbours[side]);
-            auto const neighbour = static_cast<Index>(pixel + m_steps[side]);
+            if (words[side] >> Of::kGreyBits != Of::kUnreachedStatus) continue;
+            int const other = Of::Grey(words[side]);
+            auto const neighbour = static_cast<Index>(pixel + steps[side]);
             std::size_t const cost = Cost(grey, other);
-            m_plane[neighbour] = Of::Make(other, kQueued);
+            plane[neighbour] = Of::Make(other, kQueued);
             m_queues.Push(cost, neighbour);
             cheapest = std::min(cheapest, cost);
         }
