@@ -4,6 +4,7 @@
 #include <morvane/common/ImageCompare.h>
 
 #include "common/Dispatch.h"
+#include "geodesy/ActiveTiles.h"
 #include "geodesy/FixedPoint.h"
 #include "geodesy/GeodesicSteps.h"
 #include "geodesy/PriorityBuild.h"
@@ -18,6 +19,7 @@ namespace morvane::geodesy
 
 using common::AreImagesEqual;
 using common::ImageCompare;
+using reconstruction_internals::ActiveTiles;
 using reconstruction_internals::Direction;
 using reconstruction_internals::FixedPoint;
 using reconstruction_internals::HasFixedPoint;
@@ -60,6 +62,42 @@ void RepeatInPlace(cv::Mat const & marker, cv::Mat & out, Pass const & pass)
 bool CanGoStraight(cv::Mat const & marker, cv::Mat const & mask)
 {
     return marker.total() > 0 && marker.channels() <= 4 && HasFixedPoint(marker) && HasFixedPoint(mask);
+}
+
+/// What a viscous reconstruction is asked for.
+struct Viscous
+{
+    cv::Mat const & marker;
+    cv::Mat const & mask;
+    int shape;
+    cv::Size kernelSize;
+    cv::Size viscositySize;
+    Direction direction;
+};
+
+/// Repeats the pass of a viscous reconstruction.
+template <class Pass>
+void RunViscous(Viscous const & viscous, Pass const & pass, cv::Mat & out)
+{
+    cv::Mat const & marker = viscous.marker;
+    if (!CanGoStraight(marker, viscous.mask))
+    {
+        cv::Rect const all(cv::Point(), marker.size());
+        RepeatInPlace(marker, out, [&](cv::Mat const & current) { pass(all, current, out); });
+        return;
+    }
+    // A second element of one pixel changes nothing.
+    if (viscous.viscositySize == kSingle)
+    {
+        FixedPoint(marker, viscous.mask, viscous.shape, viscous.kernelSize, viscous.direction).copyTo(out);
+        return;
+    }
+    // Three elements one after the other; twice that of the second.
+    cv::Size const reach(
+        viscous.kernelSize.width / 2 + viscous.viscositySize.width / 2 * 2,
+        viscous.kernelSize.height / 2 + viscous.viscositySize.height / 2 * 2);
+    marker.copyTo(out);
+    ActiveTiles(marker.size(), reach, pass).Run(out, marker.total());
 }
 
 /// The image from which holes are filled: the largest value, cut to a whole number, but where there are seeds.
@@ -127,17 +165,12 @@ bool ReconstructionbyViscousDilation(
     cv::Mat const & marker, cv::Mat const & mask, int shape, cv::Size viscositySize, cv::Mat & out, cv::Size kernelSize)
 {
     if (!AreReady(marker, mask, out)) return false;
-    // A second element of one pixel changes nothing.
-    if (viscositySize == kSingle && CanGoStraight(marker, mask))
-    {
-        FixedPoint(marker, mask, shape, kernelSize, Direction::Rise).copyTo(out);
-        return true;
-    }
-    RepeatInPlace(marker, out, [&](cv::Mat const & current) {
-        GeoDilateBySize(current, mask, shape, out, kernelSize);
-        GeoErodeBySize(out, marker, shape, out, viscositySize);
-        GeoDilateBySize(out, mask, shape, out, viscositySize);
-    });
+    auto const pass = [&](cv::Rect const & area, cv::Mat const & current, cv::Mat & next) {
+        GeoDilateBySize(current, mask(area), shape, next, kernelSize);
+        GeoErodeBySize(next, marker(area), shape, next, viscositySize);
+        GeoDilateBySize(next, mask(area), shape, next, viscositySize);
+    };
+    RunViscous({marker, mask, shape, kernelSize, viscositySize, Direction::Rise}, pass, out);
     return true;
 }
 
@@ -145,16 +178,12 @@ bool ReconstructionbyViscousErosion(
     cv::Mat const & marker, cv::Mat const & mask, int shape, cv::Size viscositySize, cv::Mat & out, cv::Size kernelSize)
 {
     if (!AreReady(marker, mask, out)) return false;
-    if (viscositySize == kSingle && CanGoStraight(marker, mask))
-    {
-        FixedPoint(marker, mask, shape, kernelSize, Direction::Fall).copyTo(out);
-        return true;
-    }
-    RepeatInPlace(marker, out, [&](cv::Mat const & current) {
-        GeoErodeBySize(current, mask, shape, out, kernelSize);
-        GeoDilateBySize(out, marker, shape, out, viscositySize);
-        GeoErodeBySize(out, mask, shape, out, viscositySize);
-    });
+    auto const pass = [&](cv::Rect const & area, cv::Mat const & current, cv::Mat & next) {
+        GeoErodeBySize(current, mask(area), shape, next, kernelSize);
+        GeoDilateBySize(next, marker(area), shape, next, viscositySize);
+        GeoErodeBySize(next, mask(area), shape, next, viscositySize);
+    };
+    RunViscous({marker, mask, shape, kernelSize, viscositySize, Direction::Fall}, pass, out);
     return true;
 }
 

@@ -73,8 +73,9 @@ ReconstructionbyErode(cv::Mat const & marker, cv::Mat const & mask, int shape, c
 /// @return as ReconstructionbyDilate()
 /// @throws cv::Exception, std::bad_alloc as ReconstructionbyDilate()
 ///
-/// Cost: three steps and a comparison for each pass, as many passes as it takes, at most one for each pixel. With a
-/// second element of 1 by 1, that of ReconstructionbyDilate(). One thread of ours.
+/// Cost: three steps and a comparison for each pass, as many passes as it takes, at most one for each pixel; passes cover the
+/// surroundings of what the one before has changed. With a second element of 1 by 1, that of ReconstructionbyDilate().
+/// Images that hold NaN or negative zeros are passed over whole. One thread of ours.
 ///
 /// Source: C. Vachier and F. Meyer, "The viscous watershed transform", 2005.
 [[nodiscard]] MORVANE_EXPORT bool ReconstructionbyViscousDilation(
