@@ -203,6 +203,12 @@ std::vector<int> const & MorphologyDepths()
     return depths;
 }
 
+std::vector<int> const & PriorityFloodDepths()
+{
+    static std::vector<int> const depths = {CV_8U, CV_32S, CV_32F};
+    return depths;
+}
+
 cv::Mat WithoutNaN(cv::Mat const & image)
 {
     if (image.depth() != CV_32F && image.depth() != CV_64F) return image;

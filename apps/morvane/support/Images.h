@@ -50,6 +50,9 @@ void CheckDepth(std::filesystem::path const & file, cv::Mat const & image, std::
 /// The depths that OpenCV's morphology takes.
 [[nodiscard]] std::vector<int> const & MorphologyDepths();
 
+/// The depths that geodesy::OverBuild() and geodesy::UnderBuild() take.
+[[nodiscard]] std::vector<int> const & PriorityFloodDepths();
+
 /// The image with 0 in place of NaN, for which many operators have no place, and of negative zeros: both count as
 /// nothing measured elsewhere.
 [[nodiscard]] cv::Mat WithoutNaN(cv::Mat const & image);
