@@ -1,12 +1,10 @@
 #include "morvane/Command.h"
 #include "morvane/support/Images.h"
 #include "morvane/support/Outputs.h"
+#include "morvane/support/Pictures.h"
 #include "morvane/support/ProgramError.h"
 
-#include <morvane/visual/ColorMaps.h>
-
 #include <filesystem>
-#include <limits>
 #include <utility>
 
 namespace program
@@ -16,16 +14,6 @@ namespace
 {
 
 namespace fs = std::filesystem;
-
-/// The image with 0 in place of NaN, for which the maps have no place: it counts as nothing measured elsewhere.
-cv::Mat WithoutNaN(cv::Mat const & image)
-{
-    cv::Mat isNaN;
-    cv::compare(image, image, isNaN, cv::CMP_NE);
-    cv::Mat numbers = image.clone();
-    numbers.setTo(0.0, isNaN);
-    return numbers;
-}
 
 class MapCommand final : public Command
 {
@@ -48,8 +36,7 @@ public:
             "--no-zero", m_noZero,
             "the range is that of the measured pixels alone; for --colour, a scale "
             "from black over blue, cyan, green and yellow to red");
-        arguments.add_option("--range", m_range, "cut the range: where it starts, where it ends")
-            ->type_name("LOW HIGH");
+        arguments.add_option("--range", m_cut, "cut the range: where it starts, where it ends")->type_name("LOW HIGH");
     }
 
     void Run() override
@@ -59,43 +46,20 @@ public:
         outputs.Declare(m_grey, {}, {m_image});
         outputs.Declare(m_colour, {}, {m_image});
 
-        cv::Mat const image = ReadImage(m_image);
-        CheckChannels(m_image, image, {1});
-        cv::Mat const numbers = WithoutNaN(image);
-        if (!m_grey.empty()) outputs.Write(m_grey, GreyPicture(numbers));
-        if (!m_colour.empty()) outputs.Write(m_colour, ColourPicture(numbers));
+        cv::Mat const image = ReadScalars(m_image);
+        PictureRange const range{m_noZero, m_cut.first, m_cut.second};
+        if (!m_grey.empty()) outputs.Write(m_grey, GreyPicture(image, range));
+        if (!m_colour.empty()) outputs.Write(m_colour, FalseColourPicture(image, range));
         outputs.Commit();
         PrintImage(m_image, image);
     }
 
 private:
-    [[nodiscard]] cv::Mat GreyPicture(cv::Mat const & image) const
-    {
-        using namespace morvane::visual;
-        cv::Mat picture(image.size(), CV_8UC1);
-        auto const [low, high] = m_range;
-        bool const done =
-            m_noZero ? GrayMapNoZero(image, picture, low, high, true) : GrayMap(image, picture, low, high, true);
-        if (!done) throw ProgramError(m_image, "was refused");
-        return picture;
-    }
-
-    [[nodiscard]] cv::Mat ColourPicture(cv::Mat const & image) const
-    {
-        using namespace morvane::visual;
-        cv::Mat picture(image.size(), CV_8UC3);
-        auto const [low, high] = m_range;
-        bool const done =
-            m_noZero ? ColorMapNoZero(image, picture, low, high, true) : ColorMap(image, picture, low, high, true);
-        if (!done) throw ProgramError(m_image, "was refused");
-        return picture;
-    }
-
     fs::path m_image;
     fs::path m_grey;
     fs::path m_colour;
+    std::pair<double, double> m_cut{PictureRange().low, PictureRange().high};
     bool m_noZero = false;
-    std::pair<double, double> m_range{std::numeric_limits<double>::lowest(), std::numeric_limits<double>::max()};
 };
 
 Registered<MapCommand> const registered;

@@ -73,15 +73,9 @@ void AddValues(
 }
 
 /// The labels in 32 bits, in which no table size wraps.
-cv::Mat ReadLabels(fs::path const & file)
+cv::Mat ReadDenseLabels(fs::path const & file)
 {
-    cv::Mat labels = ReadImage(file);
-    CheckChannels(file, labels, {1});
-    if (labels.depth() == CV_32F || labels.depth() == CV_64F)
-    {
-        throw ProgramError(file, "has the type " + DescribeType(labels.type()) + "; labels are integers");
-    }
-    labels.convertTo(labels, CV_32S);
+    cv::Mat labels = ReadLabels(file);
     double lowest = 0.0;
     double highest = 0.0;
     cv::minMaxIdx(labels, &lowest, &highest);
@@ -129,7 +123,7 @@ public:
 private:
     [[nodiscard]] Table Measure() const
     {
-        cv::Mat const labels = ReadLabels(m_labels);
+        cv::Mat const labels = ReadDenseLabels(m_labels);
         cv::Mat areas;
         ComputeArea(labels).convertTo(areas, CV_64F);
         cv::Mat const isPresent = areas > 0.0;

@@ -42,24 +42,38 @@ std::string AllNames()
     return all;
 }
 
+eConnexityType ConnexityCalled(std::string const & wanted)
+{
+    for (auto const & [name, connexity] : Names())
+    {
+        if (name == wanted) return connexity;
+    }
+    throw CLI::ValidationError("--connexity", wanted + " is none of " + AllNames());
+}
+
+/// Declares the option; @p connexity is whatever takes one.
+template <class Taker>
+CLI::Option * Declare(CLI::App & arguments, Taker & connexity, std::string const & use)
+{
+    auto const take = [&connexity](std::string const & wanted) {
+        connexity = ConnexityCalled(wanted);
+    };
+    return arguments
+        .add_option_function<std::string>(
+            "--connexity", take, use + ": " + AllNames() + "; wrapped ones join the first and last column")
+        ->type_name("NAME");
+}
+
 } // namespace
 
 void DeclareConnexity(CLI::App & arguments, eConnexityType & connexity)
 {
-    auto const take = [&connexity](std::string const & wanted) {
-        for (auto const & [name, value] : Names())
-        {
-            if (name != wanted) continue;
-            connexity = value;
-            return;
-        }
-        throw CLI::ValidationError("--connexity", wanted + " is none of " + AllNames());
-    };
-    arguments
-        .add_option_function<std::string>(
-            "--connexity", take, "the neighbourhood: " + AllNames() + "; wrapped ones join the first and last column")
-        ->required()
-        ->type_name("NAME");
+    Declare(arguments, connexity, "the neighbourhood")->required();
+}
+
+CLI::Option * DeclareConnexity(CLI::App & arguments, std::optional<eConnexityType> & connexity, std::string const & use)
+{
+    return Declare(arguments, connexity, use);
 }
 
 } // namespace program

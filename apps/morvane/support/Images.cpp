@@ -149,12 +149,73 @@ cv::Mat ReadImage(fs::path const & file)
 cv::Mat ReadImageLike(fs::path const & file, cv::Mat const & other, fs::path const & otherFile)
 {
     cv::Mat image = ReadImage(file);
-    if (image.size() != other.size())
-    {
-        throw ProgramError(
-            file, "is " + DescribeSize(image) + ", but " + otherFile.string() + " is " + DescribeSize(other));
-    }
+    CheckSize(file, image, other, otherFile);
     return image;
+}
+
+cv::Mat ReadScalars(fs::path const & file)
+{
+    cv::Mat const image = ReadImage(file);
+    CheckChannels(file, image, {1});
+    return WithoutNaN(image);
+}
+
+cv::Mat ReadScalarsLike(fs::path const & file, cv::Mat const & other, fs::path const & otherFile)
+{
+    cv::Mat image = ReadScalars(file);
+    CheckSize(file, image, other, otherFile);
+    return image;
+}
+
+cv::Mat ReadLabels(fs::path const & file)
+{
+    cv::Mat labels = ReadImage(file);
+    CheckChannels(file, labels, {1});
+    if (labels.depth() == CV_32F || labels.depth() == CV_64F)
+    {
+        throw ProgramError(file, "has the type " + DescribeType(labels.type()) + "; labels are integers");
+    }
+    labels.convertTo(labels, CV_32S);
+    return labels;
+}
+
+void CheckSize(fs::path const & file, cv::Mat const & image, cv::Mat const & other, fs::path const & otherFile)
+{
+    if (image.size() == other.size()) return;
+    throw ProgramError(
+        file, "is " + DescribeSize(image) + ", but " + otherFile.string() + " is " + DescribeSize(other));
+}
+
+void CheckDepth(fs::path const & file, cv::Mat const & image, std::vector<int> const & accepted)
+{
+    if (std::find(accepted.begin(), accepted.end(), image.depth()) != accepted.end()) return;
+    std::string names;
+    for (int const one : accepted)
+    {
+        names += (names.empty() ? "" : ", ") + DescribeDepth(one);
+    }
+    throw ProgramError(file, "has the type " + DescribeType(image.type()) + "; accepted here are " + names);
+}
+
+std::vector<int> const & MorphologyDepths()
+{
+    static std::vector<int> const depths = {CV_8U, CV_16U, CV_16S, CV_32F, CV_64F};
+    return depths;
+}
+
+std::vector<int> const & PriorityFloodDepths()
+{
+    static std::vector<int> const depths = {CV_8U, CV_32S, CV_32F};
+    return depths;
+}
+
+cv::Mat WithoutNaN(cv::Mat const & image)
+{
+    if (image.depth() != CV_32F && image.depth() != CV_64F) return image;
+    cv::Mat const isEmpty = (image != image) | (image == 0.0);
+    cv::Mat numbers = image.clone();
+    numbers.setTo(0.0, isEmpty);
+    return numbers;
 }
 
 void CheckChannels(fs::path const & file, cv::Mat const & image, std::vector<int> const & accepted)

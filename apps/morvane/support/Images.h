@@ -25,6 +25,38 @@ namespace program
 [[nodiscard]] cv::Mat
 ReadImageLike(std::filesystem::path const & file, cv::Mat const & other, std::filesystem::path const & otherFile);
 
+/// Reads an image of one channel in which nothing measured is a plain 0, see WithoutNaN().
+///
+/// @throws ProgramError as ReadImage() and CheckChannels()
+[[nodiscard]] cv::Mat ReadScalars(std::filesystem::path const & file);
+
+/// ReadScalars() for an image that goes with another one. @throws ProgramError as ReadScalars() and ReadImageLike()
+[[nodiscard]] cv::Mat
+ReadScalarsLike(std::filesystem::path const & file, cv::Mat const & other, std::filesystem::path const & otherFile);
+
+/// Reads an image of labels, converted to `CV_32SC1`.
+///
+/// @throws ProgramError as ReadImage() and CheckChannels(), and when the image does not hold integers
+[[nodiscard]] cv::Mat ReadLabels(std::filesystem::path const & file);
+
+/// Checks that an image has the size of another one. @throws ProgramError when it has not
+void CheckSize(
+    std::filesystem::path const & file, cv::Mat const & image, cv::Mat const & other,
+    std::filesystem::path const & otherFile);
+
+/// Checks the depth. @throws ProgramError when it is none of @p accepted
+void CheckDepth(std::filesystem::path const & file, cv::Mat const & image, std::vector<int> const & accepted);
+
+/// The depths that OpenCV's morphology takes.
+[[nodiscard]] std::vector<int> const & MorphologyDepths();
+
+/// The depths that geodesy::OverBuild() and geodesy::UnderBuild() take.
+[[nodiscard]] std::vector<int> const & PriorityFloodDepths();
+
+/// The image with 0 in place of NaN, for which many operators have no place, and of negative zeros: both count as
+/// nothing measured elsewhere.
+[[nodiscard]] cv::Mat WithoutNaN(cv::Mat const & image);
+
 /// Checks the number of channels. @throws ProgramError when it is none of @p accepted
 void CheckChannels(std::filesystem::path const & file, cv::Mat const & image, std::vector<int> const & accepted);
 

@@ -1,9 +1,33 @@
 #include "morvane/support/Pictures.h"
 
+#include "morvane/support/ProgramError.h"
+
+#include <morvane/visual/ColorMaps.h>
+
 #include <cstdint>
 
 namespace program
 {
+
+cv::Mat GreyPicture(cv::Mat const & image, PictureRange const & range)
+{
+    using namespace morvane::visual;
+    cv::Mat picture(image.size(), CV_8UC1);
+    bool const done = range.isOfMeasured ? GrayMapNoZero(image, picture, range.low, range.high, true)
+                                         : GrayMap(image, picture, range.low, range.high, true);
+    if (!done) throw ProgramError("the grey picture cannot be made");
+    return picture;
+}
+
+cv::Mat FalseColourPicture(cv::Mat const & image, PictureRange const & range)
+{
+    using namespace morvane::visual;
+    cv::Mat picture(image.size(), CV_8UC3);
+    bool const done = range.isOfMeasured ? ColorMapNoZero(image, picture, range.low, range.high, true)
+                                         : ColorMap(image, picture, range.low, range.high, true);
+    if (!done) throw ProgramError("the false-colour picture cannot be made");
+    return picture;
+}
 
 cv::Vec3b ColourOfZone(int label)
 {

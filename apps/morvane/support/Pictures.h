@@ -4,8 +4,32 @@
 
 #include <opencv2/core.hpp>
 
+#include <limits>
+
 namespace program
 {
+
+/// The values that a picture spreads over its scale.
+struct PictureRange
+{
+    bool isOfMeasured = false;                          ///< the range of the image is that of its pixels that are not 0
+    double low = std::numeric_limits<double>::lowest(); ///< where it starts, if it is cut
+    double high = std::numeric_limits<double>::max();   ///< where it ends, if it is cut
+};
+
+/// The grey picture of an image: black is low, white is high.
+///
+/// @param image one channel, without NaN
+/// @param range that the grey levels cover
+/// @return `CV_8UC1`
+[[nodiscard]] cv::Mat GreyPicture(cv::Mat const & image, PictureRange const & range);
+
+/// The false-colour picture of an image; black is below the range, white at its upper end and above.
+///
+/// @param image one channel, without NaN
+/// @param range that the colours cover
+/// @return `CV_8UC3`
+[[nodiscard]] cv::Mat FalseColourPicture(cv::Mat const & image, PictureRange const & range);
 
 /// How many zones get colours that no other zone has.
 inline constexpr int kDistinctColours = 192 * 192 * 192;
@@ -18,7 +42,7 @@ inline constexpr int kDistinctColours = 192 * 192 * 192;
 
 /// The picture of a label image: a colour for each zone, black where there is none.
 ///
-/// @param labels `CV_32SC1`, 0 or positive
+/// @param labels `CV_32SC1`; zones are positive
 /// @return `CV_8UC3`
 [[nodiscard]] cv::Mat PictureOfZones(cv::Mat const & labels);
 
