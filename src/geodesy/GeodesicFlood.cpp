@@ -163,6 +163,8 @@ void WriteTyped(cv::Mat const & marker, cv::Mat const & mask, Neighbourhood cons
 
     std::vector<T> values(grid.Total());
     flood.ForEachReached([&](Index const * first, Index const * end, std::size_t distance) {
+        // Without a marker nothing is reached, and no number stands for it.
+        if (first == end) return;
         T const value = counts.Reached(distance);
         for (; first != end; ++first)
         {
