@@ -18,6 +18,12 @@ namespace gallery
 /// Writes an image for the steps to read. @throws std::runtime_error when that fails
 void Save(std::string const & file, cv::Mat const & image);
 
+/// Reads an image as it is in the file. @throws std::runtime_error when that fails
+[[nodiscard]] cv::Mat Load(std::string const & file);
+
+/// A number as the program takes it.
+[[nodiscard]] std::string Number(double value);
+
 /// Writes a preview of an image. @return the name of the picture, made from @p name
 std::filesystem::path Show(std::string const & name, cv::Mat const & image, Look look);
 
@@ -45,6 +51,11 @@ public:
     void Step(
         std::string const & title, std::string const & text, std::vector<std::string> const & arguments,
         std::vector<Figure> const & figures);
+
+    /// The same with figures that are made once the program has run.
+    void Step(
+        std::string const & title, std::string const & text, std::vector<std::string> const & arguments,
+        std::function<std::vector<Figure>()> const & figures);
 
 private:
     Page & m_page;

@@ -3,8 +3,6 @@
 #include "scansim/Scan.h"
 #include "scansim/TopView.h"
 
-#include <array>
-#include <charconv>
 #include <string>
 
 namespace gallery
@@ -27,7 +25,7 @@ cv::Mat Storeys(cv::Mat const & elevation)
 /// What each zone measures, below its step.
 void MeasureStep(Studio & studio, std::string const & text, std::string const & labels, std::string const & values)
 {
-    studio.Step("What the zones measure", text, {"measure", labels, "--values", values}, {});
+    studio.Step("What the zones measure", text, {"measure", labels, "--values", values}, std::vector<Figure>());
 }
 
 void DrawFlatZones(Studio & studio)
@@ -64,14 +62,6 @@ void DrawFlatZones(Studio & studio)
     MeasureStep(
         studio, "The table of these zones, with their depths in metres: one line each, ready for a spreadsheet.",
         labels, "room_depth.tif");
-}
-
-/// A number as the program takes it.
-std::string Number(double value)
-{
-    std::array<char, 32> digits{};
-    char * const end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
-    return {digits.data(), end};
 }
 
 void DrawUserImage(Studio & studio, UserImage const & own)

@@ -1,4 +1,5 @@
 #include "Section.h"
+#include "Surface.h"
 
 #include "scansim/Scan.h"
 #include "scansim/TopView.h"
@@ -40,7 +41,13 @@ void DrawScans(Studio & studio)
     Scan const yard = Simulate(MakeYard(), YardStation(0), {});
     // The room is seen from just below its ceiling.
     ShowScan(studio, "room", room, SeeFromAbove(room, AreaAround(room.station, 5.5, 0.03), kDatum + 2.8));
-    ShowScan(studio, "yard", yard, SeeFromAbove(yard, AreaAround(yard.station, 22.0, 0.1)));
+    TopView const above = SeeFromAbove(yard, AreaAround(yard.station, 22.0, 0.1));
+    ShowScan(studio, "yard", yard, above);
+    cv::Mat const surface = SurfaceOf(above.elevation);
+    Save("yard_surface.tif", surface);
+    studio.ThePage().AddFigures(
+        {{Show("yard_surface", surface, Look::Relief),
+          "Heights in the yard in metres, gaps filled with the nearest that was measured"}});
 }
 
 void DrawUserImage(Studio & studio, UserImage const & own)
