@@ -34,13 +34,7 @@ cv::Mat FineTerrain(int side)
     return image;
 }
 
-struct Input
-{
-    std::string name;
-    cv::Mat (*make)(int side);
-};
-
-Input const kInputs[] = {
+benchmarks::NamedImage const kInputs[] = {
     {"8U-blobs",
      [](int side) {
          return cv::Mat(benchmarks::GreyBlobs(side) * 20);
@@ -82,21 +76,7 @@ bool OpenLevels(cv::Mat const & image, cv::Mat & out)
     return true;
 }
 
-template <class Operator>
-void TimeOn(std::string const & name, Input const & input, int side, Operator run)
-{
-    benchmarks::Time(
-        name + input.name + "/" + std::to_string(side),
-        [=] {
-            return [=, image = input.make(side), out = cv::Mat()]() mutable {
-                out.create(image.size(), image.type());
-                return run(image, out);
-            };
-        },
-        side);
-}
-
-void Register(Input const & input, int side)
+void Register(benchmarks::NamedImage const & input, int side)
 {
     std::pair<std::string, common::eAttributeType> const attributes[] = {
         {"area", common::eAttributeArea},     {"sqrt-area", common::eAttributeSqrtArea},
@@ -105,18 +85,20 @@ void Register(Input const & input, int side)
     };
     for (auto const & [name, attribute] : attributes)
     {
-        TimeOn(
+        benchmarks::TimeOn(
             "AttributeOpening/morvane/" + name + "-", input, side,
             [attribute = attribute](cv::Mat const & image, cv::Mat & out) {
+                out.create(image.size(), image.type());
                 return AttributeOpening(image, attribute, eConnexity8, kArea, out);
             });
     }
-    TimeOn("AttributeOpening/union-find/area-", input, side, [](cv::Mat const & image, cv::Mat & out) {
+    benchmarks::TimeOn("AttributeOpening/union-find/area-", input, side, [](cv::Mat const & image, cv::Mat & out) {
         out = benchmarks::UnionFindAreaOpening(image, kArea);
         return true;
     });
     // The naive form takes seconds on larger ones.
-    if (side <= 256 && input.name == "8U-terrain") TimeOn("AttributeOpening/levels/area-", input, side, OpenLevels);
+    if (side <= 256 && input.name == "8U-terrain")
+        benchmarks::TimeOn("AttributeOpening/levels/area-", input, side, OpenLevels);
     benchmarks::Time(
         "UltimateAttributeOpening/morvane/" + input.name + "/" + std::to_string(side),
         [=] {
@@ -132,7 +114,7 @@ void Register(Input const & input, int side)
 [[maybe_unused]] bool const registered = [] {
     for (int const side : {256, 1024, 2048, 4096, 8192})
     {
-        for (Input const & input : kInputs)
+        for (benchmarks::NamedImage const & input : kInputs)
         {
             Register(input, side);
         }

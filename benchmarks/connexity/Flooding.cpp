@@ -12,13 +12,7 @@ namespace
 
 using namespace morvane::connexity;
 
-struct Input
-{
-    std::string name;
-    cv::Mat (*make)(int side);
-};
-
-Input const kInputs[] = {{"blobs", benchmarks::GreyBlobs}, {"terrain", benchmarks::GreyTerrain}};
+benchmarks::NamedImage const kInputs[] = {{"blobs", benchmarks::GreyBlobs}, {"terrain", benchmarks::GreyTerrain}};
 
 /// A marker in every square of 32 pixels.
 cv::Mat1i Markers(int side)
@@ -38,7 +32,7 @@ cv::Mat1i Markers(int side)
 
 /// Times an operator that changes its markers: each run gets a copy, which is a hundredth of the time.
 template <class Operator>
-void TimeFlood(std::string const & name, Input const & input, int side, Operator const & flood)
+void TimeFlood(std::string const & name, benchmarks::NamedImage const & input, int side, Operator const & flood)
 {
     benchmarks::Time(
         name + input.name + "/" + std::to_string(side),
@@ -54,7 +48,7 @@ void TimeFlood(std::string const & name, Input const & input, int side, Operator
 [[maybe_unused]] bool const registered = [] {
     for (int const side : {512, 1024, 2048, 4096})
     {
-        for (Input const & input : kInputs)
+        for (benchmarks::NamedImage const & input : kInputs)
         {
             TimeFlood("Flooding/morvane/", input, side, [](cv::Mat & image, cv::Mat & markers) {
                 return Flooding(image, markers);

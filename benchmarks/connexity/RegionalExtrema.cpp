@@ -13,13 +13,7 @@ namespace
 
 using namespace morvane::connexity;
 
-struct Input
-{
-    std::string name;
-    cv::Mat (*make)(int side);
-};
-
-Input const kInputs[] = {
+benchmarks::NamedImage const kInputs[] = {
     {"8U", benchmarks::GreyBlobs},
     {"16U",
      [](int side) {
@@ -89,7 +83,7 @@ bool WalkMaximaOf(cv::Mat const & image, eConnexityType connexity, cv::Mat & lab
     };
     for (int const side : {512, 1024, 2048, 4096})
     {
-        for (Input const & input : kInputs)
+        for (benchmarks::NamedImage const & input : kInputs)
         {
             for (auto const connexity : {eConnexity4, eConnexity8})
             {

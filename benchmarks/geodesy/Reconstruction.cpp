@@ -13,13 +13,7 @@ namespace
 
 using namespace morvane::geodesy;
 
-struct Input
-{
-    std::string name;
-    cv::Mat (*make)(int side);
-};
-
-Input const kInputs[] = {
+benchmarks::NamedImage const kInputs[] = {
     {"8U-blobs",
      [](int side) {
          return cv::Mat(benchmarks::GreyBlobs(side) * 20);
@@ -80,7 +74,9 @@ bool RepeatDilations(Scene const & scene, cv::Mat & out)
     }
 }
 
-void TimeBoth(std::string const & where, Scene (*make)(cv::Mat const &), Input const & input, int side, int plainSide)
+void TimeBoth(
+    std::string const & where, Scene (*make)(cv::Mat const &), benchmarks::NamedImage const & input, int side,
+    int plainSide)
 {
     std::string const name = where + "-" + input.name + "/" + std::to_string(side);
     benchmarks::Time(
@@ -102,41 +98,30 @@ void TimeBoth(std::string const & where, Scene (*make)(cv::Mat const &), Input c
         side);
 }
 
-template <class Operator>
-void TimeOn(std::string const & name, Input const & input, int side, Operator const & run)
-{
-    benchmarks::Time(
-        name + input.name + "/" + std::to_string(side),
-        [=] {
-            return [=, image = input.make(side), out = cv::Mat()]() mutable {
-                return run(image, out);
-            };
-        },
-        side);
-}
-
 [[maybe_unused]] bool const registered = [] {
     for (int const side : {256, 512, 1024, 2048, 4096})
     {
-        for (Input const & input : kInputs)
+        for (benchmarks::NamedImage const & input : kInputs)
         {
             // The plain form takes seconds on larger ones.
             TimeBoth("minus20", Lowered, input, side, 2048);
             TimeBoth("frame", Framed, input, side, 512);
-            TimeOn("FillHolesbyReconstruction/morvane/", input, side, [](cv::Mat const & image, cv::Mat & out) {
-                return FillHolesbyReconstruction(image, cv::MORPH_RECT, out);
-            });
-            TimeOn("HMaxima/morvane/", input, side, [](cv::Mat const & image, cv::Mat & out) {
+            benchmarks::TimeOn(
+                "FillHolesbyReconstruction/morvane/", input, side, [](cv::Mat const & image, cv::Mat & out) {
+                    return FillHolesbyReconstruction(image, cv::MORPH_RECT, out);
+                });
+            benchmarks::TimeOn("HMaxima/morvane/", input, side, [](cv::Mat const & image, cv::Mat & out) {
                 return HMaxima(image, cv::MORPH_RECT, 3.0, out);
             });
             if (input.name == "16U-terrain") continue;
-            TimeOn("FillHolesbyOverBuild/morvane/", input, side, [](cv::Mat const & image, cv::Mat & out) {
+            benchmarks::TimeOn("FillHolesbyOverBuild/morvane/", input, side, [](cv::Mat const & image, cv::Mat & out) {
                 return FillHolesbyOverBuild(image, morvane::connexity::eConnexity8, out);
             });
-            TimeOn("FillHolesbyOverBuild/reconstruction/", input, side, [](cv::Mat const & image, cv::Mat & out) {
-                return FillHolesbyReconstruction(image, cv::MORPH_RECT, out);
-            });
-            TimeOn("UnderBuild/morvane/", input, side, [](cv::Mat const & image, cv::Mat & out) {
+            benchmarks::TimeOn(
+                "FillHolesbyOverBuild/reconstruction/", input, side, [](cv::Mat const & image, cv::Mat & out) {
+                    return FillHolesbyReconstruction(image, cv::MORPH_RECT, out);
+                });
+            benchmarks::TimeOn("UnderBuild/morvane/", input, side, [](cv::Mat const & image, cv::Mat & out) {
                 return UnderBuild(image, image - cv::Scalar(20), morvane::connexity::eConnexity8, out);
             });
         }

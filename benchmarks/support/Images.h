@@ -4,8 +4,17 @@
 
 #include <opencv2/core.hpp>
 
+#include <string>
+
 namespace benchmarks
 {
+
+/// A kind of image with its name.
+struct NamedImage
+{
+    std::string name;
+    cv::Mat (*make)(int side);
+};
 
 /// `CV_8UC1`, 0 or 255: each pixel is set with the given probability, independent of the others.
 cv::Mat RandomMask(int side, double density);

@@ -2,6 +2,8 @@
 /// Registers timed cases: one line for each in the benchmarks' sources.
 #pragma once
 
+#include "support/Images.h"
+
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
@@ -31,6 +33,22 @@ void Time(std::string const & name, Prepare const & prepare, int side, std::int6
         if (bytes != 0) state.SetBytesProcessed(state.iterations() * bytes);
     };
     benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMillisecond);
+}
+
+/// Times an operator of an image that writes another: @p run takes both.
+///
+/// @param name `Operator/who/`, to which image and size are added; in the case before it, a dash leads to the image
+template <class Operator>
+void TimeOn(std::string const & name, NamedImage const & input, int side, Operator run)
+{
+    Time(
+        name + input.name + "/" + std::to_string(side),
+        [=] {
+            return [=, image = input.make(side), out = cv::Mat()]() mutable {
+                return run(image, out);
+            };
+        },
+        side);
 }
 
 } // namespace benchmarks

@@ -25,12 +25,12 @@ bool WidthAttribute::IsEmpty() const
 
 bool StrainAttribute::IsEmpty() const
 {
-    return m_x.IsInverted() || m_y.IsInverted();
+    return IsInverted();
 }
 
 bool MinHWAttribute::IsEmpty() const
 {
-    return m_x.IsInverted() || m_y.IsInverted();
+    return IsInverted();
 }
 
 } // namespace morvane::common

@@ -55,7 +55,7 @@ public:
     /// The result at a pixel that is reached after @p distance steps.
     [[nodiscard]] T Reached(std::size_t distance) const
     {
-        return static_cast<T>(m_base - Saturated(m_steps + 1.0 - static_cast<double>(distance)));
+        return cv::saturate_cast<T>(m_base - Saturated(m_steps + 1.0 - static_cast<double>(distance)));
     }
 
     /// The result at a pixel of the marker outside the mask.

@@ -61,6 +61,57 @@ struct Interval
 /// The lower bound of an empty interval of rows.
 inline constexpr std::uint64_t kNoRow = 4294967295U;
 
+/// The box around the pixels of a component: what the attributes of both sides share.
+class Box
+{
+public:
+    /// Takes the pixel in column x and row y.
+    void AddPixel(int x, int y, int /*z*/)
+    {
+        m_x.Take(x);
+        m_y.Take(y);
+    }
+
+    /// The leftmost column.
+    [[nodiscard]] std::uint64_t GetXmin() const { return m_x.least; }
+    /// The rightmost column.
+    [[nodiscard]] std::uint64_t GetXmax() const { return m_x.most; }
+    /// The uppermost row.
+    [[nodiscard]] std::uint64_t GetYmin() const { return m_y.least; }
+    /// The lowermost row.
+    [[nodiscard]] std::uint64_t GetYmax() const { return m_y.most; }
+    /// Sets the leftmost column.
+    void SetXmin(int xmin) { m_x.least = Widened(xmin); }
+    /// Sets the rightmost column.
+    void SetXmax(int xmax) { m_x.most = Widened(xmax); }
+    /// Sets the uppermost row.
+    void SetYmin(int ymin) { m_y.least = Widened(ymin); }
+    /// Sets the lowermost row.
+    void SetYmax(int ymax) { m_y.most = Widened(ymax); }
+
+protected:
+    Box(int xmin, int xmax, std::uint64_t ymin, std::uint64_t ymax)
+        : m_x{Widened(xmin), Widened(xmax)}
+        , m_y{ymin, ymax}
+    {}
+
+    /// Is either interval inverted?
+    [[nodiscard]] bool IsInverted() const { return m_x.IsInverted() || m_y.IsInverted(); }
+
+    [[nodiscard]] std::uint64_t Width() const { return m_x.Extent(); }
+    [[nodiscard]] std::uint64_t Height() const { return m_y.Extent(); }
+
+    void MergeBox(Box const & other)
+    {
+        m_x.Merge(other.m_x);
+        m_y.Merge(other.m_y);
+    }
+
+private:
+    Interval m_x;
+    Interval m_y;
+};
+
 } // namespace attribute_internals
 
 /// The number of pixels.
@@ -200,7 +251,7 @@ private:
 };
 
 /// The larger of width and height.
-class MORVANE_EXPORT StrainAttribute
+class MORVANE_EXPORT StrainAttribute : public attribute_internals::Box
 {
 public:
     /// @param xmin leftmost column so far
@@ -209,60 +260,23 @@ public:
     /// @param ymax lowermost row so far
     explicit StrainAttribute(
         int xmin = -1, int xmax = 0, std::uint64_t ymin = attribute_internals::kNoRow, std::uint64_t ymax = 0)
-        : m_x{attribute_internals::Widened(xmin), attribute_internals::Widened(xmax)}
-        , m_y{ymin, ymax}
+        : Box(xmin, xmax, ymin, ymax)
     {}
 
-    /// Takes the pixel in column x and row y.
-    void AddPixel(int x, int y, int /*z*/)
-    {
-        m_x.Take(x);
-        m_y.Take(y);
-    }
-
     /// Takes the pixels of another component.
-    void Merge(StrainAttribute const & other)
-    {
-        m_x.Merge(other.m_x);
-        m_y.Merge(other.m_y);
-    }
+    void Merge(StrainAttribute const & other) { MergeBox(other); }
 
     /// The larger of width and height, 0 when empty.
     [[nodiscard]] std::uint64_t GetValue() const { return GetStrain(); }
     /// The larger of width and height, 0 when empty.
-    [[nodiscard]] std::uint64_t GetStrain() const
-    {
-        if (StrainAttribute::IsEmpty()) return 0;
-        return std::max(m_x.Extent(), m_y.Extent());
-    }
-
-    /// The leftmost column.
-    [[nodiscard]] std::uint64_t GetXmin() const { return m_x.least; }
-    /// The rightmost column.
-    [[nodiscard]] std::uint64_t GetXmax() const { return m_x.most; }
-    /// The uppermost row.
-    [[nodiscard]] std::uint64_t GetYmin() const { return m_y.least; }
-    /// The lowermost row.
-    [[nodiscard]] std::uint64_t GetYmax() const { return m_y.most; }
-    /// Sets the leftmost column.
-    void SetXmin(int xmin) { m_x.least = attribute_internals::Widened(xmin); }
-    /// Sets the rightmost column.
-    void SetXmax(int xmax) { m_x.most = attribute_internals::Widened(xmax); }
-    /// Sets the uppermost row.
-    void SetYmin(int ymin) { m_y.least = attribute_internals::Widened(ymin); }
-    /// Sets the lowermost row.
-    void SetYmax(int ymax) { m_y.most = attribute_internals::Widened(ymax); }
+    [[nodiscard]] std::uint64_t GetStrain() const { return IsInverted() ? 0 : std::max(Width(), Height()); }
 
     /// Is either interval inverted?
     [[nodiscard]] virtual bool IsEmpty() const;
-
-private:
-    attribute_internals::Interval m_x;
-    attribute_internals::Interval m_y;
 };
 
 /// The smaller of width and height.
-class MORVANE_EXPORT MinHWAttribute
+class MORVANE_EXPORT MinHWAttribute : public attribute_internals::Box
 {
 public:
     /// @param xmin leftmost column so far
@@ -271,56 +285,19 @@ public:
     /// @param ymax lowermost row so far
     explicit MinHWAttribute(
         int xmin = -1, int xmax = 0, std::uint64_t ymin = attribute_internals::kNoRow, std::uint64_t ymax = 0)
-        : m_x{attribute_internals::Widened(xmin), attribute_internals::Widened(xmax)}
-        , m_y{ymin, ymax}
+        : Box(xmin, xmax, ymin, ymax)
     {}
 
-    /// Takes the pixel in column x and row y.
-    void AddPixel(int x, int y, int /*z*/)
-    {
-        m_x.Take(x);
-        m_y.Take(y);
-    }
-
     /// Takes the pixels of another component.
-    void Merge(MinHWAttribute const & other)
-    {
-        m_x.Merge(other.m_x);
-        m_y.Merge(other.m_y);
-    }
+    void Merge(MinHWAttribute const & other) { MergeBox(other); }
 
     /// The smaller of width and height, 0 when empty.
     [[nodiscard]] std::uint64_t GetValue() const { return GetMinHW(); }
     /// The smaller of width and height, 0 when empty.
-    [[nodiscard]] std::uint64_t GetMinHW() const
-    {
-        if (MinHWAttribute::IsEmpty()) return 0;
-        return std::min(m_x.Extent(), m_y.Extent());
-    }
-
-    /// The leftmost column.
-    [[nodiscard]] std::uint64_t GetXmin() const { return m_x.least; }
-    /// The rightmost column.
-    [[nodiscard]] std::uint64_t GetXmax() const { return m_x.most; }
-    /// The uppermost row.
-    [[nodiscard]] std::uint64_t GetYmin() const { return m_y.least; }
-    /// The lowermost row.
-    [[nodiscard]] std::uint64_t GetYmax() const { return m_y.most; }
-    /// Sets the leftmost column.
-    void SetXmin(int xmin) { m_x.least = attribute_internals::Widened(xmin); }
-    /// Sets the rightmost column.
-    void SetXmax(int xmax) { m_x.most = attribute_internals::Widened(xmax); }
-    /// Sets the uppermost row.
-    void SetYmin(int ymin) { m_y.least = attribute_internals::Widened(ymin); }
-    /// Sets the lowermost row.
-    void SetYmax(int ymax) { m_y.most = attribute_internals::Widened(ymax); }
+    [[nodiscard]] std::uint64_t GetMinHW() const { return IsInverted() ? 0 : std::min(Width(), Height()); }
 
     /// Is either interval inverted?
     [[nodiscard]] virtual bool IsEmpty() const;
-
-private:
-    attribute_internals::Interval m_x;
-    attribute_internals::Interval m_y;
 };
 
 } // namespace morvane::common
