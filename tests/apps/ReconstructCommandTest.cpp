@@ -21,7 +21,6 @@ protected:
     {
         Program::SetUp();
         Draw("peaks.png", (cv::Mat1b(1, 7) << 10, 30, 10, 20, 50, 20, 10));
-        Draw("pits.png", (cv::Mat1b(1, 7) << 50, 30, 50, 40, 10, 40, 50));
         // A hollow whose rim has a gap at a corner.
         Draw(
             "bowl.png", (cv::Mat1b(5, 5) << 5, 5, 5, 5, 5, //
@@ -32,13 +31,6 @@ protected:
     }
 
     void Draw(std::string const & name, cv::Mat const & image) const { ASSERT_TRUE(cv::imwrite(In(name), image)); }
-
-    void Draw(std::string const & name, cv::Mat const & image, int depth) const
-    {
-        cv::Mat converted;
-        image.convertTo(converted, depth);
-        Draw(name, converted);
-    }
 
     /// What is written, after a run that reports so many changed pixels.
     [[nodiscard]] cv::Mat Reconstructed(std::vector<std::string> arguments, int changed) const
@@ -81,28 +73,28 @@ cv::Mat1b Rooms(int inside, int wall)
 
 TEST_F(ReconstructCommand, Lower_CutsEachPeakByTheAmount)
 {
-    ExpectSame(Reconstructed({In("peaks.png"), "--lower", "10"}, 2), (cv::Mat1b(1, 7) << 10, 20, 10, 20, 40, 20, 10));
-    // Lowered by 25, the smaller peak keeps what the valley beside it lets through.
+    // The smaller peak keeps what the valley beside it lets through.
     ExpectSame(Reconstructed({In("peaks.png"), "--lower", "25"}, 2), (cv::Mat1b(1, 7) << 10, 10, 10, 20, 25, 20, 10));
 }
 
 TEST_F(ReconstructCommand, Raise_FillsEachPitByTheAmount)
 {
+    Draw("pits.tif", (cv::Mat1s(1, 7) << 50, 30, 50, 40, -10, 40, 50));
     ExpectSame(
-        Reconstructed({In("pits.png"), "--erode", "--raise", "10"}, 2),
-        (cv::Mat1b(1, 7) << 50, 40, 50, 40, 20, 40, 50));
+        Reconstructed({In("pits.tif"), "--erode", "--raise", "10"}, 2), (cv::Mat1s(1, 7) << 50, 40, 50, 40, 0, 40, 50));
+    Draw("pits.tif", (cv::Mat1i(1, 7) << 50, 30, 50, 40, -70000, 40, 50));
+    ExpectSame(
+        Reconstructed({In("pits.tif"), "--erode", "--raise", "10", "--connexity", "4"}, 2),
+        (cv::Mat1i(1, 7) << 50, 40, 50, 40, -69990, 40, 50));
 }
 
 TEST_F(ReconstructCommand, Marker_SpreadsFromWhereItIs)
 {
-    Draw("marker.png", (cv::Mat1b(1, 7) << 0, 0, 0, 0, 200, 0, 0));
+    Draw("words.png", (cv::Mat1w(1, 7) << 100, 300, 100, 200, 500, 200, 100));
+    Draw("marker.png", (cv::Mat1w(1, 7) << 0, 0, 0, 0, 2000, 0, 0));
     ExpectSame(
-        Reconstructed({In("peaks.png"), "--marker", In("marker.png")}, 1),
-        (cv::Mat1b(1, 7) << 10, 10, 10, 20, 50, 20, 10));
-    Draw("marker.png", (cv::Mat1b(1, 7) << 255, 255, 255, 255, 0, 255, 255));
-    ExpectSame(
-        Reconstructed({In("pits.png"), "--erode", "--marker", In("marker.png")}, 1),
-        (cv::Mat1b(1, 7) << 50, 50, 50, 40, 10, 40, 50));
+        Reconstructed({In("words.png"), "--marker", In("marker.png")}, 1),
+        (cv::Mat1w(1, 7) << 100, 100, 100, 200, 500, 200, 100));
 }
 
 TEST_F(ReconstructCommand, Frame_KeepsWhatTheEdgeReaches)
@@ -121,11 +113,6 @@ TEST_F(ReconstructCommand, Frame_KeepsWhatTheEdgeReaches)
                                                                    5, 5, 5, 5, 5));
 }
 
-TEST_F(ReconstructCommand, Frame_OfAnImageThatIsAllEdgeIsTheImage)
-{
-    ExpectSame(Reconstructed({In("peaks.png"), "--frame"}, 0), (cv::Mat1b(1, 7) << 10, 30, 10, 20, 50, 20, 10));
-}
-
 TEST_F(ReconstructCommand, Shape_DecidesWhetherCornersLeadOn)
 {
     cv::Mat1b const bySides =
@@ -141,24 +128,19 @@ TEST_F(ReconstructCommand, Shape_DecidesWhetherCornersLeadOn)
         more.insert(more.begin(), frame.begin(), frame.end());
         return more;
     };
-    ExpectSame(Reconstructed(with({"--shape", "rectangle"}), 2), byCorners);
     ExpectSame(Reconstructed(with({"--shape", "cross"}), 2), bySides);
     // The ellipse of 3 by 3 is the cross.
     ExpectSame(Reconstructed(with({"--shape", "ellipse"}), 2), bySides);
-    ExpectSame(Reconstructed(with({"--connexity", "4"}), 2), bySides);
     ExpectSame(Reconstructed(with({"--connexity", "8"}), 2), byCorners);
 }
 
 TEST_F(ReconstructCommand, Size_LetsTheMarkerLeap)
 {
-    Draw("gap.png", (cv::Mat1b(1, 3) << 50, 0, 50));
-    Draw("marker.png", (cv::Mat1b(1, 3) << 50, 0, 0));
-    std::vector<std::string> arguments{In("gap.png"), "--marker", In("marker.png"), "--size", "3"};
-    ExpectSame(Reconstructed(arguments, 1), (cv::Mat1b(1, 3) << 50, 0, 0));
-    arguments.back() = "5";
-    ExpectSame(Reconstructed(arguments, 0), (cv::Mat1b(1, 3) << 50, 0, 50));
-    arguments.back() = "1";
-    ExpectSame(Reconstructed(arguments, 1), (cv::Mat1b(1, 3) << 50, 0, 0));
+    Draw("gap.png", (cv::Mat1b(1, 6) << 50, 0, 50, 0, 0, 50));
+    Draw("marker.png", (cv::Mat1b(1, 6) << 50, 0, 0, 0, 0, 0));
+    ExpectSame(
+        Reconstructed({In("gap.png"), "--marker", In("marker.png"), "--size", "5"}, 1),
+        (cv::Mat1b(1, 6) << 50, 0, 50, 0, 0, 0));
 }
 
 TEST_F(ReconstructCommand, Viscosity_KeepsTheMarkerOutOfACorridor)
@@ -172,7 +154,6 @@ TEST_F(ReconstructCommand, Viscosity_KeepsTheMarkerOutOfACorridor)
     cv::Mat1b firstRoom(rooms.size(), uchar{0});
     firstRoom(cv::Rect(1, 1, 3, 3)).setTo(9);
     ExpectSame(Reconstructed({In("rooms.png"), "--marker", In("marker.png"), "--viscosity", "3"}, 11), firstRoom);
-    ExpectSame(Reconstructed({In("rooms.png"), "--marker", In("marker.png"), "--viscosity", "1"}, 0), rooms);
 
     Draw("rooms.png", Rooms(0, 9));
     Draw("marker.png", cv::Mat(9 - marker));
@@ -183,45 +164,11 @@ TEST_F(ReconstructCommand, Viscosity_KeepsTheMarkerOutOfACorridor)
 
 TEST_F(ReconstructCommand, WrappedConnexity_CrossesTheSeam)
 {
-    Draw("gap.png", (cv::Mat1b(1, 3) << 50, 0, 50));
-    Draw("marker.png", (cv::Mat1b(1, 3) << 50, 0, 0));
-    std::vector<std::string> arguments{In("gap.png"), "--marker", In("marker.png"), "--connexity", "4"};
-    ExpectSame(Reconstructed(arguments, 1), (cv::Mat1b(1, 3) << 50, 0, 0));
-    arguments.back() = "4-wrapped";
-    ExpectSame(Reconstructed(arguments, 0), (cv::Mat1b(1, 3) << 50, 0, 50));
-
-    Draw("gap.png", (cv::Mat1b(1, 3) << 0, 50, 0));
-    Draw("marker.png", (cv::Mat1b(1, 3) << 0, 50, 50));
-    arguments.insert(arguments.end(), "--erode");
-    ExpectSame(Reconstructed(arguments, 0), (cv::Mat1b(1, 3) << 0, 50, 0));
-}
-
-TEST_F(ReconstructCommand, EveryTypeOfMorphology_KeepsItsType)
-{
-    cv::Mat1b const peaks = (cv::Mat1b(1, 7) << 10, 30, 10, 20, 50, 20, 10);
-    cv::Mat1b const cut = (cv::Mat1b(1, 7) << 10, 20, 10, 20, 40, 20, 10);
-    for (int const depth : {CV_8U, CV_16U, CV_16S, CV_32F, CV_64F})
-    {
-        SCOPED_TRACE(depth);
-        Draw("peaks.tif", peaks, depth);
-        cv::Mat expected;
-        cut.convertTo(expected, depth);
-        ExpectSame(Reconstructed({In("peaks.tif"), "--lower", "10"}, 2), expected);
-    }
-}
-
-TEST_F(ReconstructCommand, EveryTypeOfThePriorityFlood_KeepsItsType)
-{
-    cv::Mat1b const pits = (cv::Mat1b(1, 7) << 50, 30, 50, 40, 10, 40, 50);
-    cv::Mat1b const filled = (cv::Mat1b(1, 7) << 50, 40, 50, 40, 20, 40, 50);
-    for (int const depth : {CV_8U, CV_32S, CV_32F})
-    {
-        SCOPED_TRACE(depth);
-        Draw("pits.tif", pits, depth);
-        cv::Mat expected;
-        filled.convertTo(expected, depth);
-        ExpectSame(Reconstructed({In("pits.tif"), "--erode", "--raise", "10", "--connexity", "4"}, 2), expected);
-    }
+    Draw("gap.tif", (cv::Mat1f(1, 5) << 5.5F, 0.0F, 5.5F, 0.0F, 5.5F));
+    Draw("marker.tif", (cv::Mat1f(1, 5) << 5.5F, 0.0F, 0.0F, 0.0F, 0.0F));
+    ExpectSame(
+        Reconstructed({In("gap.tif"), "--marker", In("marker.tif"), "--connexity", "4-wrapped"}, 1),
+        (cv::Mat1f(1, 5) << 5.5F, 0.0F, 0.0F, 0.0F, 5.5F));
 }
 
 TEST_F(ReconstructCommand, NaN_CountsAsZero)
@@ -231,6 +178,9 @@ TEST_F(ReconstructCommand, NaN_CountsAsZero)
     ExpectSame(
         Reconstructed({In("holes.tif"), "--lower", "10.5"}, 2),
         (cv::Mat1f(1, 7) << 0.0F, 19.5F, 10.0F, 20.0F, 39.5F, 20.0F, 10.0F));
+    double const nothing = std::numeric_limits<double>::quiet_NaN();
+    Draw("holes.tif", (cv::Mat1d(1, 3) << 30.0, nothing, 50.0));
+    ExpectSame(Reconstructed({In("holes.tif"), "--lower", "0.5"}, 2), (cv::Mat1d(1, 3) << 29.5, 0.0, 49.5));
 }
 
 TEST_F(ReconstructCommand, Picture_SpreadsTheRangeOfTheMeasuredPixels)
@@ -249,17 +199,11 @@ TEST_F(ReconstructCommand, Switches_ThatDoNotGoTogetherAreNamed)
     std::set<std::string> const before = Files();
     std::string const image = In("peaks.png");
     Refuses({}, {"image"});
-    for (std::vector<std::string> const & markers : std::vector<std::vector<std::string>>{
-             {},
-             {"--frame", "--lower", "1"},
-             {"--frame", "--erode", "--raise", "1"},
-             {"--marker", In("peaks.png"), "--frame"},
-             {"--marker", In("peaks.png"), "--lower", "1"}})
-    {
-        std::vector<std::string> arguments{image};
-        arguments.insert(arguments.end(), markers.begin(), markers.end());
-        Refuses(arguments, {"exactly one", "--marker", "--lower", "--raise", "--frame"});
-    }
+    Refuses({image}, {"exactly one", "--marker", "--lower", "--raise", "--frame"});
+    Refuses({image, "--marker", image, "--frame"}, {"exactly one", "--marker", "--lower", "--raise", "--frame"});
+    Refuses({image, "--marker", image, "--lower", "1"}, {"exactly one", "--marker", "--lower", "--raise", "--frame"});
+    Refuses(
+        {image, "--frame", "--erode", "--raise", "1"}, {"exactly one", "--marker", "--lower", "--raise", "--frame"});
     Refuses({image, "--lower", "1", "--erode"}, {"--lower", "--erode"});
     Refuses({image, "--raise", "1"}, {"--raise", "--erode"});
     Refuses({image, "--frame", "--connexity", "4", "--shape", "cross"}, {"--connexity", "--shape"});
@@ -272,16 +216,12 @@ TEST_F(ReconstructCommand, Values_ThatAreNoneAreNamed)
 {
     std::set<std::string> const before = Files();
     std::string const image = In("peaks.png");
-    for (std::string const number : {"0", "-1", "wide", "nan", "inf"})
-    {
-        Refuses({image, "--lower", number}, {"--lower", number});
-        Refuses({image, "--erode", "--raise", number}, {"--raise", number});
-    }
-    for (std::string const side : {"0", "-3", "1024", "2.5"})
-    {
-        Refuses({image, "--frame", "--size", side}, {"--size", side});
-        Refuses({image, "--frame", "--viscosity", side}, {"--viscosity", side});
-    }
+    Refuses({image, "--lower", "0"}, {"--lower", "0"});
+    Refuses({image, "--lower", "nan"}, {"--lower", "nan"});
+    Refuses({image, "--erode", "--raise", "-1"}, {"--raise", "-1"});
+    Refuses({image, "--frame", "--size", "0"}, {"--size", "0"});
+    Refuses({image, "--frame", "--size", "1024"}, {"--size", "1024"});
+    Refuses({image, "--frame", "--viscosity", "0"}, {"--viscosity", "0"});
     Refuses({image, "--frame", "--shape", "star"}, {"--shape", "star", "rectangle, cross, ellipse"});
     Refuses({image, "--frame", "--connexity", "5"}, {"--connexity", "5"});
     EXPECT_EQ(Files(), before);
@@ -292,21 +232,16 @@ TEST_F(ReconstructCommand, NamesAnImageThatItCannotUse)
     Draw("colour.png", cv::Mat(1, 7, CV_8UC3, cv::Scalar::all(1)));
     Draw("whole.tif", cv::Mat(1, 7, CV_32SC1, cv::Scalar(1)));
     Draw("words.png", cv::Mat(1, 7, CV_16UC1, cv::Scalar(1)));
-    Draw("bytes.tif", cv::Mat(1, 7, CV_8SC1, cv::Scalar(1)));
     Draw("doubles.tif", cv::Mat(1, 7, CV_64FC1, cv::Scalar(1)));
-    WriteText("text.png", "no picture");
     std::set<std::string> const before = Files();
     Refuses({In("nowhere.png"), "--frame"}, {"nowhere.png", "no such file"});
-    Refuses({In("text.png"), "--frame"}, {"text.png", "no image"});
     Refuses({In("colour.png"), "--frame"}, {"colour.png", "3 channels"});
-    Refuses({In("bytes.tif"), "--frame"}, {"bytes.tif", "8-bit signed"});
     Refuses({In("whole.tif"), "--frame"}, {"whole.tif", "32-bit signed", "accepted"});
     Refuses({In("words.png"), "--frame", "--connexity", "4"}, {"words.png", "16-bit unsigned", "accepted"});
     Refuses({In("doubles.tif"), "--frame", "--connexity", "4"}, {"doubles.tif", "64-bit float", "accepted"});
 
     std::string const image = In("peaks.png");
     Refuses({image, "--marker", In("nowhere.png")}, {"nowhere.png", "no such file"});
-    Refuses({image, "--marker", In("text.png")}, {"text.png", "no image"});
     Refuses({image, "--marker", In("colour.png")}, {"colour.png", "3 channels"});
     Refuses({image, "--marker", In("bowl.png")}, {"bowl.png", "5 x 5", "peaks.png", "7 x 1"});
     Refuses({image, "--marker", In("words.png")}, {"words.png", "16-bit unsigned", "peaks.png", "8-bit unsigned"});
@@ -328,8 +263,6 @@ TEST_F(ReconstructCommand, NamesAnOutputThatItCannotWrite)
     ExpectFailure(reconstruct({"--picture", In("image.tif")}), {"image.tif", "overwritten"});
     ExpectFailure(reconstruct({"--picture", In("marker.tif")}), {"marker.tif", "overwritten"});
     ExpectFailure(reconstruct({"--picture", In("out.what")}), {"out.what", "format"});
-    ExpectFailure(reconstruct({"-o", In("out.tif"), "--picture", In("out.tif")}), {"out.tif", "two outputs"});
-    ExpectFailure(reconstruct({"-o", In("none/out.tif")}), {"none/out.tif", "folder"});
     EXPECT_EQ(Files(), before);
 }
 
