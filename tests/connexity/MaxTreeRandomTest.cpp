@@ -159,7 +159,7 @@ TEST(MaxTreeRandom, OfManyLevelsIsThatOfThePlainFlood)
     Random random(57);
     for (int const depth : tests::kTreeDepths)
     {
-        cv::Mat image(40, 50, CV_MAKETYPE(depth, 1));
+        cv::Mat image(20, 25, CV_MAKETYPE(depth, 1));
         // All bits, except the sign's: levels across the whole range.
         cv::Mat bytes(image.rows, image.cols * static_cast<int>(image.elemSize()), CV_8UC1, image.data);
         for (int y = 0; y < bytes.rows; ++y)
@@ -174,6 +174,22 @@ TEST(MaxTreeRandom, OfManyLevelsIsThatOfThePlainFlood)
         ExpectTree(image, eConnexity24Interleaved, common::eAttributeStrain);
         if (HasFatalFailure()) return;
     }
+}
+
+TEST(MaxTreeRandom, OfMoreNodesThanABlockHoldsIsThatOfThePlainFlood)
+{
+    Random random(61);
+    cv::Mat image(550, 600, CV_8UC1);
+    for (int y = 0; y < image.rows; ++y)
+    {
+        for (int x = 0; x < image.cols; ++x)
+        {
+            image.at<uchar>(y, x) = static_cast<uchar>(random.Below(256));
+        }
+    }
+    OracleTree const expected = tests::OracleFlood(image, eConnexity4);
+    EXPECT_GT(expected.nodes.size(), 131072U);
+    ExpectNodes(Built(common::eAttributeArea, image, eConnexity4), expected, common::eAttributeArea);
 }
 
 TEST(MaxTreeRandom, OfNegativeLevelsIsThatOfThePlainFlood)
