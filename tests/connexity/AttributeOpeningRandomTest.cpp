@@ -79,7 +79,7 @@ TEST(AttributeOpeningRandom, EveryAttributeDepthAndShapeAgreesWithThePlainForms)
     {
         for (int const depth : tests::kTreeDepths)
         {
-            for (int round = 0; round < 3; ++round)
+            for (int round = 0; round < 2; ++round)
             {
                 ExpectOpenings(random, tests::HillyImage(random, SomeSize(random), depth, 2 + random.Below(7)), number);
                 if (HasFatalFailure()) return;
