@@ -76,7 +76,8 @@ void ExpectStacks(Random & random, std::size_t levels, int filled)
     }
     for (std::size_t const level : used)
     {
-        histogram[level] = static_cast<std::size_t>(1 + random.Below(6));
+        int const capacity = 1 + random.Below(6);
+        histogram[level] = static_cast<std::size_t>(capacity);
     }
     LevelQueue<T> queue(histogram);
     std::map<std::size_t, std::vector<std::uint64_t>> stacks;

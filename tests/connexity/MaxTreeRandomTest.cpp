@@ -94,11 +94,11 @@ void ExpectNodes(PlainTree const & tree, OracleTree const & expected, eAttribute
 void ExpectComponents(PlainTree const & tree, OraclePaths const & paths, eAttributeType attribute)
 {
     ASSERT_EQ(tree.nodes.size(), paths.components.size());
+    std::size_t pixel = 0;
     for (int y = 0; y < tree.labels.rows; ++y)
     {
-        for (int x = 0; x < tree.labels.cols; ++x)
+        for (int x = 0; x < tree.labels.cols; ++x, ++pixel)
         {
-            auto const pixel = static_cast<std::size_t>(y * tree.labels.cols + x);
             auto const label = static_cast<std::size_t>(tree.labels.at<int>(y, x));
             ASSERT_EQ(label == 0, paths.ofPixel[pixel].empty());
             if (label == 0) continue;

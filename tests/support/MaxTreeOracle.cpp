@@ -234,8 +234,8 @@ void OracleMeasure::Merge(OracleMeasure const & other)
 
 std::uint64_t OracleValue(OracleMeasure const & measure, eAttributeType attribute)
 {
-    auto const width = static_cast<std::uint64_t>(measure.right - measure.left + 1);
-    auto const height = static_cast<std::uint64_t>(measure.bottom - measure.top + 1);
+    auto const width = static_cast<std::uint64_t>(std::int64_t{measure.right} - measure.left) + 1;
+    auto const height = static_cast<std::uint64_t>(std::int64_t{measure.bottom} - measure.top) + 1;
     switch (attribute)
     {
     case common::eAttributeHeight:
