@@ -118,6 +118,18 @@ TEST(AttributeOpening, OfOnePixelKeepsItOrGivesZero)
     }
 }
 
+TEST(AttributeOpening, ComparesThirtyTwoBitsOfTheThreshold)
+{
+    cv::Mat const image(300, 300, CV_8UC1, cv::Scalar(9));
+    EXPECT_TRUE(tests::EqualImages(Opened(image, common::eAttributeArea, eConnexity4, 90000), image));
+    // The low 8 and 16 bits of these are at most 1.
+    for (unsigned const threshold : {131072U, 0x10000000U, 0x80000001U})
+    {
+        EXPECT_EQ(cv::countNonZero(Opened(image, common::eAttributeArea, eConnexity4, threshold)), 0) << threshold;
+    }
+    EXPECT_EQ(cv::countNonZero(Opened(image, common::eAttributeArea, eConnexity4, 90001)), 0);
+}
+
 TEST(AttributeOpening, PlateausAreRemovedOneByOne)
 {
     // Two plateaus of one level under one parent; one of them has five pixels.

@@ -141,7 +141,7 @@ TEST(MaxTreeRandom, IsThatOfThePlainFloodInEveryShapeAndDepth)
 TEST(MaxTreeRandom, OfRowsAndColumnsIsThatOfThePlainFlood)
 {
     Random random(56);
-    for (int round = 0; round < 200; ++round)
+    for (int round = 0; round < 120; ++round)
     {
         int const length = 1 + random.Below(40);
         int const breadth = 1 + random.Below(2);
@@ -195,7 +195,7 @@ TEST(MaxTreeRandom, OfMoreNodesThanABlockHoldsIsThatOfThePlainFlood)
 TEST(MaxTreeRandom, OfNegativeLevelsIsThatOfThePlainFlood)
 {
     Random random(58);
-    for (int round = 0; round < 100; ++round)
+    for (int round = 0; round < 60; ++round)
     {
         int const depth = round % 2 == 0 ? CV_16S : CV_32S;
         cv::Mat const image = tests::RandomImage(random, SomeSize(random), CV_MAKETYPE(depth, 1), {0.2, 0.5, 4});

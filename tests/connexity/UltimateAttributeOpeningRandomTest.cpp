@@ -146,14 +146,14 @@ TEST(UltimateAttributeOpeningRandom, NegativePixelsAgreeWithThePlainForms)
 TEST(UltimateAttributeOpeningRandom, LevelsAnyDistanceApartStayInBounds)
 {
     Random random(76);
-    for (int round = 0; round < 40; ++round)
+    for (int round = 0; round < 20; ++round)
     {
         int const type = round % 2 == 0 ? CV_16SC1 : CV_32SC1;
         cv::Mat const image = tests::RandomImage(random, SomeSize(random), type, {0.2, 0.5, 4}) - 2;
         for (UltimateForm const & form : Forms())
         {
             Ultimate const out = Opened(form, image, common::eAttributeArea, eConnexity8, CV_32S);
-            // No residue without a component of at most the image's area, and the other way round.
+            // Every component but the root lacks a pixel of the image, which makes up for the one that is added.
             double largest = 0.0;
             cv::minMaxLoc(out.attributes, nullptr, &largest);
             EXPECT_LE(largest, static_cast<double>(image.total()));

@@ -83,10 +83,12 @@ TEST(UltimateAttributeOpening, OfAConstantImageIsNothing)
 {
     for (UltimateForm const & form : Forms())
     {
+        ExpectUltimate(form, {"9"}, common::eAttributeArea, {"."}, {"."});
         for (eAttributeType const attribute : tests::kAttributes)
         {
-            ExpectUltimate(form, {"999", "999"}, attribute, {"...", "..."}, {"...", "..."});
-            ExpectUltimate(form, {"9"}, attribute, {"."}, {"."});
+            Ultimate const out = Opened(form, Draw<uchar>({"999", "999"}), attribute);
+            ExpectDrawn(out.residues, {"...", "..."});
+            ExpectDrawn(out.attributes, {"...", "..."});
         }
     }
 }

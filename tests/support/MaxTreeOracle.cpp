@@ -152,10 +152,10 @@ private:
 };
 
 /// The pixels of at least a level that paths of such pixels join to a first one.
-std::vector<cv::Point>
-ComponentAt(cv::Mat const & image, int connexity, cv::Point first, std::int64_t level, cv::Mat1b & visited)
+std::vector<cv::Point> ComponentAt(
+    cv::Mat const & image, std::vector<cv::Point> const & offsets, cv::Point first, std::int64_t level,
+    cv::Mat1b & visited)
 {
-    std::vector<cv::Point> const offsets = OracleOffsets(connexity);
     std::vector<cv::Point> component{first};
     visited(first) = 1;
     for (std::size_t next = 0; next < component.size(); ++next)
@@ -261,11 +261,12 @@ OracleTree OracleFlood(cv::Mat const & image, int connexity)
 
 OraclePaths OracleDecompose(cv::Mat const & image, int connexity)
 {
+    std::vector<cv::Point> const offsets = OracleOffsets(connexity);
     OraclePaths paths{{}, std::vector<std::vector<std::size_t>>(image.total())};
     std::map<std::int64_t, std::vector<cv::Point>> levels;
     cv::Mat1b reached(image.size(), uchar{0});
     cv::Point const start = Darkest(image);
-    for (cv::Point const point : ComponentAt(image, connexity, start, OracleLevel(image, start), reached))
+    for (cv::Point const point : ComponentAt(image, offsets, start, OracleLevel(image, start), reached))
     {
         levels[OracleLevel(image, point)].push_back(point);
     }
@@ -276,7 +277,7 @@ OraclePaths OracleDecompose(cv::Mat const & image, int connexity)
         {
             if (visited(point) != 0) continue;
             paths.components.push_back({level});
-            for (cv::Point const member : ComponentAt(image, connexity, point, level, visited))
+            for (cv::Point const member : ComponentAt(image, offsets, point, level, visited))
             {
                 paths.components.back().measure.Take(member);
                 paths.ofPixel[NumberOf(image, member)].push_back(paths.components.size() - 1);
