@@ -38,7 +38,6 @@ public:
     [[nodiscard]] std::size_t NextIndex() const { return m_levels.size(); }
 
     [[nodiscard]] T LevelOf(std::size_t node) const { return m_levels[node]; }
-    [[nodiscard]] Index ParentOf(std::size_t node) const { return m_parents[node]; }
     [[nodiscard]] Index FirstChildOf(std::size_t node) const { return m_firstChildren[node]; }
     [[nodiscard]] Index NextSiblingOf(std::size_t node) const { return m_nextSiblings[node]; }
 
@@ -73,7 +72,7 @@ public:
         }
     }
 
-    /// The attribute of each node, of its whole component; that of node 0 is empty.
+    /// The attribute of each node, of its whole component. Pixels that the flood does not reach count for node 0.
     template <class A>
     [[nodiscard]] std::vector<Accumulator<A>> Attributes() const
     {

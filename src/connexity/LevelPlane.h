@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <numeric>
+#include <utility>
 #include <vector>
 
 namespace morvane::connexity::max_tree_internals
@@ -55,7 +56,7 @@ public:
     [[nodiscard]] int ValueOf(Level level) const { return m_values[level]; }
 
 private:
-    static constexpr std::uint32_t kBuckets = 1U << 18U;
+    static constexpr std::size_t kMostBuckets = std::size_t{1} << 18U;
 
     LevelPlane(cv::Mat const & image, common::PaddedGrid<Index> const & grid, common::ValueRange<int> const & values)
         : m_least(values.low)
@@ -63,11 +64,12 @@ private:
     {
         // In unsigned arithmetic, as the range may pass the largest int.
         auto const range = static_cast<std::uint32_t>(values.high) - static_cast<std::uint32_t>(values.low);
-        while (range >> m_shift >= kBuckets)
+        std::size_t const buckets = std::min(image.total(), kMostBuckets);
+        while (range >> m_shift >= buckets)
         {
             ++m_shift;
         }
-        FindValues(image);
+        FindValues(image, buckets);
         for (int y = 0; y < image.rows; ++y)
         {
             int const * const row = image.ptr<int>(y);
@@ -86,9 +88,9 @@ private:
     }
 
     /// Lists the numbers of the image, each once, in rising order: dealt into buckets, then sorted in each.
-    void FindValues(cv::Mat const & image)
+    void FindValues(cv::Mat const & image, std::size_t buckets)
     {
-        m_bucketEnds.assign(std::size_t{kBuckets} + 1, 0);
+        m_bucketEnds.assign(buckets + 1, 0);
         ForEachValue(image, [this](int value) { ++m_bucketEnds[BucketOf(value) + 1]; });
         std::partial_sum(m_bucketEnds.begin(), m_bucketEnds.end(), m_bucketEnds.begin());
         m_values.resize(image.total());
@@ -96,14 +98,15 @@ private:
         ForEachValue(image, [this](int value) { m_values[m_bucketEnds[BucketOf(value)]++] = value; });
         std::size_t start = 0;
         std::size_t count = 0;
-        for (std::size_t bucket = 0; bucket < kBuckets; ++bucket)
+        for (std::size_t bucket = 0; bucket < buckets; ++bucket)
         {
             auto const first = m_values.begin() + static_cast<std::ptrdiff_t>(start);
             auto const end = m_values.begin() + static_cast<std::ptrdiff_t>(m_bucketEnds[bucket]);
             start = m_bucketEnds[bucket];
             std::sort(first, end);
-            auto const last = std::unique_copy(first, end, m_values.begin() + static_cast<std::ptrdiff_t>(count));
-            count = static_cast<std::size_t>(last - m_values.begin());
+            auto const last = std::unique(first, end);
+            count = static_cast<std::size_t>(
+                std::move(first, last, m_values.begin() + static_cast<std::ptrdiff_t>(count)) - m_values.begin());
             m_bucketEnds[bucket] = count;
         }
         m_values.resize(count);

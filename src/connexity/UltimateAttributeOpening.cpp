@@ -74,7 +74,6 @@ public:
 
     void operator()(std::size_t child, std::size_t parent) const
     {
-        bool const isBelowRoot = m_tree.ParentOf(parent) == 0;
         std::uint64_t const value = m_measured[child].GetValue();
         std::uint64_t const parentValue = m_measured[parent].GetValue();
         std::uint64_t const difference = value < parentValue ? parentValue - value : value - parentValue;
@@ -94,8 +93,8 @@ public:
         if (residue <= m_residues.best[child]) return;
         m_residues.best[child] = residue;
         m_residues.improved[child] = 1;
-        // A residue that grows through merged nodes keeps the size of the first one.
-        bool const keepsSize = !isBelowRoot && merged && m_residues.improved[parent] != 0;
+        // A residue that grows through merged nodes keeps the size of the first one. The root has none to grow from.
+        bool const keepsSize = merged && m_residues.improved[parent] != 0;
         if (!keepsSize) m_residues.attributes[child] = Wrapped<Out>(Bits(WrapTo<Out>(value)) + 1);
     }
 

@@ -10,6 +10,7 @@
 #include <iterator>
 #include <map>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace morvane::connexity
@@ -27,6 +28,27 @@ TEST(LevelQueue, EntriesHaveSixtyFourBitsByDefault)
     std::uint64_t const entry = (std::uint64_t{0x12345678U} << 32U) | 0x9ABCDEF0U;
     queue.Push(0, entry);
     EXPECT_EQ(queue.Pop(0), entry);
+}
+
+TEST(LevelQueue, TakesSignedLevels)
+{
+    LevelQueue<int> queue({1, 2});
+    queue.Push(0, 4);
+    queue.Push(1, 5);
+    EXPECT_EQ(queue.Top(), 1);
+    EXPECT_EQ(queue.Pop(1), 5U);
+    EXPECT_EQ(queue.Top(), 0);
+}
+
+TEST(MaxTreeStore, HasNoNodesOnceItWasMoved)
+{
+    MaxTreeStore<MaxTreeNode<uchar, common::AreaAttribute>> store;
+    store.Create();
+    ASSERT_NE(store.Get(1), nullptr);
+    auto const moved = std::move(store);
+    EXPECT_NE(moved.Get(1), nullptr);
+    // NOLINTNEXTLINE(bugprone-use-after-move): what is left must not be reached into.
+    EXPECT_EQ(store.Get(1), nullptr);
 }
 
 TEST(LevelQueue, TheLastOfTheHighestLevelLeavesFirst)

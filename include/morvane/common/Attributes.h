@@ -119,7 +119,7 @@ class MORVANE_EXPORT AreaAttribute
 {
 public:
     /// @param area number of pixels so far; a negative one becomes a huge one
-    explicit AreaAttribute(int area = 0)
+    AreaAttribute(int area = 0)
         : m_area(attribute_internals::Widened(area))
     {}
 
@@ -148,7 +148,7 @@ class MORVANE_EXPORT SqrtAreaAttribute
 {
 public:
     /// @param area number of pixels so far; a negative one becomes a huge one
-    explicit SqrtAreaAttribute(int area = 0)
+    SqrtAreaAttribute(int area = 0)
         : m_area(attribute_internals::Widened(area))
     {}
 
@@ -182,7 +182,7 @@ class MORVANE_EXPORT HeightAttribute
 public:
     /// @param ymin uppermost row so far
     /// @param ymax lowermost row so far
-    explicit HeightAttribute(std::uint64_t ymin = attribute_internals::kNoRow, std::uint64_t ymax = 0)
+    HeightAttribute(std::uint64_t ymin = attribute_internals::kNoRow, std::uint64_t ymax = 0)
         : m_y{ymin, ymax}
     {}
 
@@ -219,7 +219,7 @@ class MORVANE_EXPORT WidthAttribute
 public:
     /// @param xmin leftmost column so far
     /// @param xmax rightmost column so far
-    explicit WidthAttribute(int xmin = -1, int xmax = 0)
+    WidthAttribute(int xmin = -1, int xmax = 0)
         : m_x{attribute_internals::Widened(xmin), attribute_internals::Widened(xmax)}
     {}
 
@@ -258,7 +258,7 @@ public:
     /// @param xmax rightmost column so far
     /// @param ymin uppermost row so far
     /// @param ymax lowermost row so far
-    explicit StrainAttribute(
+    StrainAttribute(
         int xmin = -1, int xmax = 0, std::uint64_t ymin = attribute_internals::kNoRow, std::uint64_t ymax = 0)
         : Box(xmin, xmax, ymin, ymax)
     {}
@@ -283,7 +283,7 @@ public:
     /// @param xmax rightmost column so far
     /// @param ymin uppermost row so far
     /// @param ymax lowermost row so far
-    explicit MinHWAttribute(
+    MinHWAttribute(
         int xmin = -1, int xmax = 0, std::uint64_t ymin = attribute_internals::kNoRow, std::uint64_t ymax = 0)
         : Box(xmin, xmax, ymin, ymax)
     {}

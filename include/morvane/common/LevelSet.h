@@ -20,7 +20,8 @@ public:
     /// What stands for no level.
     static constexpr std::size_t kNone = ~std::size_t{0};
 
-    /// @param limit one more than the largest number
+    /// @param limit one more than the largest number, from 1 on. What is asked of the set has to lie below it, except of
+    ///        FirstFrom().
     explicit LevelSet(std::size_t limit)
     {
         do

@@ -27,7 +27,8 @@ namespace morvane::connexity
 ///
 /// @param image see the table
 /// @param attribute what is measured
-/// @param connexity the neighbourhood; a wrapped one is used without its wrap
+/// @param connexity the neighbourhood; a wrapped one is used without its wrap. With a value outside the enumeration nothing
+///        but the first of the darkest pixels is reached, and all others become 0.
 /// @param threshold least value that stays; 0 and 1 change nothing
 /// @param out overwritten whole, never reallocated
 /// @return true when the image was filtered. False, with `out` untouched, when `image` has more than one channel, `out`

@@ -17,6 +17,7 @@
 
 #include <opencv2/core.hpp>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -70,7 +71,10 @@ public:
 private:
     static constexpr unsigned kBlockBits = 17;
 
-    [[nodiscard]] bool IsNode(std::uint64_t index) const { return index != 0 && index < m_nextIndex; }
+    [[nodiscard]] bool IsNode(std::uint64_t index) const
+    {
+        return index != 0 && index < m_nextIndex && index >> kBlockBits < m_blocks.size();
+    }
 
     [[nodiscard]] Node & At(std::uint64_t index) const
     {
@@ -117,20 +121,22 @@ public:
     /// Lets a pixel wait. No more may wait at a level than its histogram has.
     void Push(T level, Entry entry)
     {
-        Stack & stack = m_levels[level];
-        if (stack.top == stack.bottom) m_waiting.Insert(level);
+        auto const index = static_cast<std::size_t>(level);
+        Stack & stack = m_levels[index];
+        if (stack.top == stack.bottom) m_waiting.Insert(index);
         m_entries[stack.top++] = entry;
         ++m_count;
-        if (level > m_top) m_top = level;
+        m_top = std::max(m_top, index);
     }
 
     /// Takes the pixel that came last at a level at which one waits.
     Entry Pop(T level)
     {
-        Stack & stack = m_levels[level];
+        auto const index = static_cast<std::size_t>(level);
+        Stack & stack = m_levels[index];
         --m_count;
         --stack.top;
-        if (stack.top == stack.bottom) m_waiting.Remove(level);
+        if (stack.top == stack.bottom) m_waiting.Remove(index);
         return m_entries[stack.top];
     }
 
@@ -175,7 +181,8 @@ public:
     /// @param image rows x cols, one channel of the depth that goes with @p T, not negative: a negative `CV_16S` pixel
     ///        counts as its bits in `CV_16U`, a negative `CV_32S` pixel as the low level that it is. An image of another
     ///        type, or without pixels, gives a store without nodes.
-    /// @param connexity the neighbourhood
+    /// @param connexity the neighbourhood; with a value outside the enumeration nothing but the first of the darkest
+    ///        pixels is reached, and the others get label 0
     /// @param labels made `CV_32SC1` of the size of the image where it is not; each pixel gets the index of its node,
     ///        truncated to 32 bits
     /// @throws std::bad_alloc when memory runs out

@@ -29,7 +29,8 @@ namespace morvane::connexity
 ///
 /// @param image see the table; negative pixels as for AttributeOpening()
 /// @param attribute what is measured
-/// @param connexity the neighbourhood; a wrapped one is used without its wrap
+/// @param connexity the neighbourhood; a wrapped one is used without its wrap. With a value outside the enumeration all
+///        pixels get 0.
 /// @param residues overwritten whole, never reallocated
 /// @param attributes overwritten, never reallocated
 /// @return true when both images were written. False, with both untouched, when `image` has more than one channel,
@@ -49,7 +50,7 @@ namespace morvane::connexity
 /// pass on what lies around them.
 ///
 /// @param image, attribute, connexity, residues, attributes as for the plain form; a pixel of a component that was passed
-///        over has attribute 0, also where it inherits a residue
+///        over has attribute 0
 /// @param maxAttribute the first attribute that is too large; a negative one is no limit
 /// @return as the plain form
 /// @throws std::bad_alloc as the plain form
@@ -62,7 +63,8 @@ namespace morvane::connexity
 /// The ultimate attribute opening up to a size, with components of nearly equal attribute counted as one.
 ///
 /// @param image, attribute, connexity, maxAttribute, residues, attributes as for the limited form
-/// @param delta components whose attributes differ by less count as one: 1 asks for equal attributes, 0 for none at all,
+/// @param delta components whose attributes differ by less count as one, of the size of the first from which on the residue
+///        grew: 1 asks for equal attributes, 0 for none at all,
 ///        a negative one joins every component to its parent
 /// @return as the plain form
 /// @throws std::bad_alloc as the plain form
