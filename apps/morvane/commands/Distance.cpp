@@ -55,7 +55,8 @@ public:
         arguments.add_option(
             "-o,--output", m_output,
             "the distances, a TIFF of floats: 1 at the marker, one more for each step, 0 where no path leads");
-        arguments.add_option("--picture", m_picture, "a picture of them in false colours, black where no path leads");
+        arguments.add_option(
+            "--picture", m_picture, "a picture of them in false colours, black at the marker and where no path leads");
     }
 
     void Run() override

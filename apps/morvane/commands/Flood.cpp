@@ -49,8 +49,7 @@ public:
             .add_option(
                 "image", m_image,
                 "an image of one channel; NaN counts as 0. Images that are not 8-bit are flooded as their grey map "
-                "over "
-                "the range of the measured pixels; deltas and dynamics are in the unit of the image itself")
+                "over the range of the measured pixels; deltas and dynamics are in the unit of the image itself")
             ->required();
         DeclareMarkers(arguments);
         DeclareZones(arguments);

@@ -212,9 +212,10 @@ std::vector<int> const & PriorityFloodDepths()
 cv::Mat WithoutNaN(cv::Mat const & image)
 {
     if (image.depth() != CV_32F && image.depth() != CV_64F) return image;
-    cv::Mat const isEmpty = (image != image) | (image == 0.0);
-    cv::Mat numbers = image.clone();
-    numbers.setTo(0.0, isEmpty);
+    // Comparisons with NaN are false.
+    cv::Mat const isFull = (image > 0.0) | (image < 0.0);
+    cv::Mat numbers = cv::Mat::zeros(image.size(), image.type());
+    image.copyTo(numbers, isFull);
     return numbers;
 }
 

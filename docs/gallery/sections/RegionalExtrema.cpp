@@ -29,7 +29,8 @@ void DrawExtrema(Studio & studio)
         "stands out is told by the dynamic: how far every path to something higher has to go down.");
     Figure const shown{"yard_surface-preview.png", "Heights in the yard"};
     ExtremaStep(
-        studio, "Every maximum", "LabelMaxima finds more than a thousand: the noise of the scanner makes one at every few pixels.",
+        studio, "Every maximum",
+        "LabelMaxima finds more than a thousand: the noise of the scanner makes one at every few pixels.",
         "yard_surface.tif", shown, {});
     ExtremaStep(
         studio, "The maxima that stand out",

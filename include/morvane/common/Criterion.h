@@ -16,9 +16,13 @@ class MORVANE_EXPORT Criterion
 {
 public:
     Criterion() = default;
+    /// Copies.
     Criterion(Criterion const &) = default;
+    /// Moves.
     Criterion(Criterion &&) = default;
+    /// Copies.
     Criterion & operator=(Criterion const &) = default;
+    /// Moves.
     Criterion & operator=(Criterion &&) = default;
 
     /// Takes the pixels of another component. What is of another kind changes nothing.

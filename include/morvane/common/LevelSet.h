@@ -31,6 +31,7 @@ public:
         } while (limit > 1);
     }
 
+    /// Puts a number into the set, if it is not there.
     void Insert(std::size_t level)
     {
         for (auto & floor : m_floors)
@@ -43,6 +44,7 @@ public:
         }
     }
 
+    /// Takes a number out of the set, if it is there.
     void Remove(std::size_t level)
     {
         for (auto & floor : m_floors)
@@ -54,6 +56,7 @@ public:
         }
     }
 
+    /// Is the number in the set?
     [[nodiscard]] bool Contains(std::size_t level) const
     {
         return (m_floors.front()[level / kWordBits] & Bit(level)) != 0;

@@ -174,6 +174,7 @@ template <class T, class A>
 class MORVANE_EXPORT MaxTreeBuilder
 {
 public:
+    /// The nodes of the tree.
     using Node = MaxTreeNode<T, A>;
 
     /// Builds the tree.
