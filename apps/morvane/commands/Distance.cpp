@@ -90,7 +90,7 @@ private:
     {
         if (!m_marker.empty())
         {
-            cv::Mat const marker = Indicator(ReadScalarsLike(m_marker, mask, m_image)).mul(mask);
+            cv::Mat marker = Indicator(ReadScalarsLike(m_marker, mask, m_image)).mul(mask);
             if (cv::countNonZero(marker) == 0)
             {
                 throw ProgramError(m_marker, "marks no pixel that is measured in " + m_image.string());
