@@ -17,6 +17,10 @@
 #include <morvane/connexity/RegionalExtrema.h>
 #include <morvane/connexity/UltimateAttributeOpening.h>
 #include <morvane/connexity/ZoneMeasures.h>
+#include <morvane/filters/AlternatingSequentialFilters.h>
+#include <morvane/filters/NonLocalMeans.h>
+#include <morvane/filters/Sampling.h>
+#include <morvane/filters/Statistics.h>
 #include <morvane/geodesy/GeodesicOperators.h>
 #include <morvane/geodesy/Reconstruction.h>
 #include <morvane/visual/ColorMaps.h>
