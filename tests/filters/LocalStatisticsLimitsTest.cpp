@@ -22,29 +22,40 @@ using tests::EqualImages;
 using tests::LocalStatistics;
 using tests::Random;
 
-/// Expects what the windows of some pixels measure, in the results of the operator of all four and of each by itself.
-void ExpectMeasured(cv::Mat const & grey, std::vector<cv::Point> const & pixels, unsigned kernelSize)
+/// What the operator of all four gives for an image of this grey, on which the single ones must agree.
+LocalStatistics StatisticsOfGrey(cv::Mat const & grey, unsigned kernelSize)
 {
     cv::Mat const src = tests::ImageOfGrey(grey, CV_16U);
-    SCOPED_TRACE(tests::StatisticsCase(src, kernelSize));
     cv::Mat scaled;
-    ASSERT_TRUE(common::ConvertToGrayScale(src, scaled));
-    ASSERT_TRUE(EqualImages(scaled, grey));
+    EXPECT_TRUE(common::ConvertToGrayScale(src, scaled));
+    EXPECT_TRUE(EqualImages(scaled, grey));
     std::optional<LocalStatistics> const all = tests::CallLocal(src, kernelSize);
-    ASSERT_TRUE(all);
-    // The operators agree everywhere, and with the plain form in the chosen pixels.
-    ASSERT_TRUE(tests::GivesStatistics(src, kernelSize, all));
+    EXPECT_TRUE(all);
+    EXPECT_TRUE(tests::GivesStatistics(src, kernelSize, all));
+    return all ? *all : tests::EmptyStatistics(grey.size());
+}
+
+/// Expects what the windows of some pixels measure.
+void ExpectMeasured(
+    cv::Mat const & grey, std::vector<cv::Point> const & pixels, unsigned kernelSize,
+    LocalStatistics const & statistics)
+{
     LocalStatistics actual = tests::EmptyStatistics(grey.size());
     LocalStatistics expected = tests::EmptyStatistics(grey.size());
     for (cv::Point const & pixel : pixels)
     {
-        ASSERT_TRUE(tests::OracleMeasure(grey, pixel, kernelSize, expected));
-        actual.entropy.at<float>(pixel) = all->entropy.at<float>(pixel);
-        actual.mean.at<float>(pixel) = all->mean.at<float>(pixel);
-        actual.stdDev.at<float>(pixel) = all->stdDev.at<float>(pixel);
-        actual.median.at<uchar>(pixel) = all->median.at<uchar>(pixel);
+        EXPECT_TRUE(tests::OracleMeasure(grey, pixel, kernelSize, expected));
+        actual.entropy.at<float>(pixel) = statistics.entropy.at<float>(pixel);
+        actual.mean.at<float>(pixel) = statistics.mean.at<float>(pixel);
+        actual.stdDev.at<float>(pixel) = statistics.stdDev.at<float>(pixel);
+        actual.median.at<uchar>(pixel) = statistics.median.at<uchar>(pixel);
     }
-    EXPECT_TRUE(tests::EqualStatistics(actual, expected));
+    EXPECT_TRUE(tests::EqualStatistics(actual, expected)) << kernelSize;
+}
+
+void ExpectMeasured(cv::Mat const & grey, std::vector<cv::Point> const & pixels, unsigned kernelSize)
+{
+    ExpectMeasured(grey, pixels, kernelSize, StatisticsOfGrey(grey, kernelSize));
 }
 
 /// Corners, the middle, and others.
@@ -60,50 +71,47 @@ std::vector<cv::Point> SomePixels(Random & random, cv::Size size, int count)
     return pixels;
 }
 
+/// Expects one value in all windows; their deviation is what OpenCV makes of it, which is not always 0.
 void ExpectConstant(cv::Size size, uchar value, unsigned kernelSize)
 {
     cv::Mat const grey(size, CV_8UC1, cv::Scalar(value));
-    cv::Mat const src = tests::ImageOfGrey(grey, CV_16U);
-    SCOPED_TRACE(tests::StatisticsCase(src, kernelSize));
-    LocalStatistics expected = tests::EmptyStatistics(size);
-    expected.entropy = -0.0;
-    expected.mean = value;
-    expected.median = value;
-    EXPECT_TRUE(tests::GivesStatistics(src, kernelSize, expected));
+    SCOPED_TRACE(tests::StatisticsCase(grey, kernelSize));
+    LocalStatistics const statistics = StatisticsOfGrey(grey, kernelSize);
+    EXPECT_TRUE(EqualImages(statistics.entropy, cv::Mat(size, CV_32FC1, cv::Scalar(-0.0))));
+    EXPECT_TRUE(EqualImages(statistics.mean, cv::Mat(size, CV_32FC1, cv::Scalar(value))));
+    EXPECT_TRUE(EqualImages(statistics.median, grey));
+    EXPECT_LT(cv::norm(statistics.stdDev, cv::NORM_INF), 1e-4);
+    Random random(620);
+    ExpectMeasured(grey, SomePixels(random, size, 10), kernelSize, statistics);
 }
 
 TEST(LocalStatisticsLimits, WindowOf65536EqualPixels)
 {
     // A count of one value that 16 bits hold as 0; one window below, and one above.
-    for (unsigned const kernelSize : {250U, 256U, 260U})
-    {
-        ExpectConstant({290, 270}, 7, kernelSize);
-        ExpectConstant({270, 290}, 255, kernelSize);
-    }
+    ExpectConstant({290, 270}, 7, 250);
+    ExpectConstant({290, 270}, 7, 256);
+    ExpectConstant({270, 290}, 255, 260);
 }
 
-TEST(LocalStatisticsLimits, ColumnsAndRowsOfMoreThan65535Pixels)
+TEST(LocalStatisticsLimits, RowOfMoreThan65535EqualPixels)
 {
-    ExpectConstant({3, 66000}, 7, 70000 * 2);
-    ExpectConstant({66000, 3}, 7, 70000 * 2);
-    ExpectConstant({2, 66000}, 255, 65700);
-    ExpectConstant({66000, 2}, 255, 65700);
+    ExpectConstant({66000, 1}, 7, 140000);
+    ExpectConstant({66000, 1}, 255, 65700);
 }
 
 TEST(LocalStatisticsLimits, SparsePixelsInWindowsOfMoreThan65535)
 {
     Random random(621);
     cv::Mat grey = cv::Mat::zeros(300, 310, CV_8UC1);
-    std::vector<cv::Point> pixels = SomePixels(random, grey.size(), 400);
+    std::vector<cv::Point> pixels = SomePixels(random, grey.size(), 100);
     for (cv::Point const & pixel : pixels)
     {
         grey.at<uchar>(pixel) = static_cast<uchar>(1 + random.Below(255));
     }
     // Empty pixels outnumber 16 bits.
-    for (unsigned const kernelSize : {255U, 256U, 260U, 301U, 4000U})
+    for (unsigned const kernelSize : {256U, 260U, 4000U})
     {
         ExpectMeasured(grey, pixels, kernelSize);
-        if (HasFatalFailure()) return;
     }
 }
 
@@ -120,31 +128,45 @@ TEST(LocalStatisticsLimits, FullPixelsInWindowsOfMoreThan65535)
         }
     }
     grey.at<uchar>(3, 4) = 20;
-    std::vector<cv::Point> const pixels = SomePixels(random, grey.size(), 20);
-    for (unsigned const kernelSize : {256U, 260U, 600U})
+    std::vector<cv::Point> const pixels = SomePixels(random, grey.size(), 8);
+    for (unsigned const kernelSize : {260U, 600U})
     {
         ExpectMeasured(grey, pixels, kernelSize);
-        if (HasFatalFailure()) return;
     }
 }
 
-TEST(LocalStatisticsLimits, LongColumnsAndRows)
+/// Few values that stand out, in a row that is empty otherwise and in one that is not.
+cv::Mat LongRows(Random & random)
 {
-    Random random(623);
     cv::Mat grey(2, 70000, CV_8UC1);
     for (int x = 0; x < grey.cols; ++x)
     {
         grey.at<uchar>(0, x) = static_cast<uchar>(random.Chance(0.001) ? random.Below(256) : 0);
         grey.at<uchar>(1, x) = static_cast<uchar>(random.Chance(0.001) ? random.Below(256) : 9);
     }
-    std::vector<cv::Point> const pixels = SomePixels(random, grey.size(), 10);
-    ExpectMeasured(grey, pixels, 66000);
-    std::vector<cv::Point> turned;
-    for (cv::Point const & pixel : pixels)
-    {
-        turned.emplace_back(pixel.y, pixel.x);
-    }
-    ExpectMeasured(grey.t(), turned, 66000);
+    return grey;
+}
+
+TEST(LocalStatisticsLimits, LongRows)
+{
+    Random random(623);
+    cv::Mat const grey = LongRows(random);
+    ExpectMeasured(grey, SomePixels(random, grey.size(), 10), 66000);
+}
+
+// An image that is high and narrow takes the time of its height squared.
+
+TEST(SlowLocalStatisticsLimits, ColumnOfMoreThan65535EqualPixels)
+{
+    ExpectConstant({1, 66000}, 7, 140000);
+    ExpectConstant({1, 66000}, 255, 65700);
+}
+
+TEST(SlowLocalStatisticsLimits, LongColumns)
+{
+    Random random(624);
+    cv::Mat const grey = LongRows(random).t();
+    ExpectMeasured(grey, SomePixels(random, grey.size(), 10), 66000);
 }
 
 } // namespace

@@ -298,6 +298,26 @@ TEST(LocalStatistics, SourceMayBeAnyOfTheFourOutputs)
     }
 }
 
+TEST(LocalStatistics, OutputsThatAreOneObjectStayInBounds)
+{
+    // What they hold is open.
+    cv::Mat const src = Draw<ushort>({"1234567", "1.39123", "7654321"});
+    cv::Mat out;
+    EXPECT_TRUE(LocalMeanNoZero(src, 3, out, out));
+    EXPECT_EQ(out.size(), src.size());
+    EXPECT_TRUE(LocalStatisticsNoZero(src, 3, out, out, out, out));
+    EXPECT_EQ(out.size(), src.size());
+}
+
+TEST(LocalStatistics, SeveralChannelsAreMeasuredInTheirGrey)
+{
+    // The range is that of all elements, 256, and the first elements of the row are scaled: 3, 9, 8, 200.
+    cv::Mat const src = Row<cv::Vec2w>({{3, 9}, {8, 200}, {0, 256}, {7, 7}});
+    cv::Mat median;
+    ASSERT_TRUE(LocalMedianNoZero(src, 3, median));
+    ExpectEqualImages(median, Row<uchar>({9, 8, 9, 9}));
+}
+
 } // namespace
 
 } // namespace morvane::filters

@@ -103,6 +103,23 @@ TEST(ComputeHistogramRandom, AgreesWithOpenCVAndWithCounting)
     }
 }
 
+TEST(ComputeHistogramRandom, HistogramThatIsAViewLeavesNoTraceAroundIt)
+{
+    Random random(607);
+    for (int const depth : kCountedDepths)
+    {
+        for (int const bins : {1, 3, 256, 300})
+        {
+            cv::Mat const src = SomeImage(random, {31, 17}, depth);
+            SCOPED_TRACE(tests::StatisticsCase(src, static_cast<unsigned>(bins)));
+            FramedImage hist(cv::Mat(bins, 1, CV_32FC1, cv::Scalar(7)));
+            ASSERT_TRUE(ComputeHistogram(src, hist.View(), bins - 1));
+            EXPECT_TRUE(tests::EqualImages(hist.View(), tests::OracleHistogram(src, bins - 1)));
+            EXPECT_TRUE(hist.IsFrameUntouched());
+        }
+    }
+}
+
 TEST(EntropyNoZeroRandom, AgreesWithThePlainForm)
 {
     Random random(602);

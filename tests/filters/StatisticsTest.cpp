@@ -84,10 +84,18 @@ TEST(ComputeHistogram, PassesOnTheExceptionsOfOpenCV)
     {
         EXPECT_THROW(static_cast<void>(ComputeHistogram(cv::Mat::zeros(2, 3, depth), hist, 5)), cv::Exception) << depth;
     }
-    EXPECT_THROW(static_cast<void>(ComputeHistogram(Draw<cv::Vec3b>({"12"}), hist, 5)), cv::Exception);
-    for (int const maxValue : {-1, -2, -1000})
+    for (int const type : {CV_8UC3, CV_16UC2, CV_32FC4})
     {
-        EXPECT_THROW(static_cast<void>(ComputeHistogram(Draw<uchar>({"12"}), hist, maxValue)), cv::Exception);
+        EXPECT_THROW(static_cast<void>(ComputeHistogram(Draw({"12"}, type), hist, 5)), cv::Exception) << type;
+    }
+    int const least = std::numeric_limits<int>::min();
+    int const most = std::numeric_limits<int>::max();
+    for (int const maxValue : {-1, -2, -1000, least, most})
+    {
+        for (int const depth : {CV_8U, CV_16U, CV_32F})
+        {
+            EXPECT_THROW(static_cast<void>(ComputeHistogram(Draw({"12"}, depth), hist, maxValue)), cv::Exception);
+        }
     }
 }
 
