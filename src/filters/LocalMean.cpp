@@ -53,20 +53,23 @@ public:
         {
             if (m_half - 1 < m_grey.rows - y) AddRow<1>(y + m_half - 1);
             if (y > m_half) AddRow<-1>(y - m_half - 1);
-            SumAlong(m_columns.levels, m_before.levels);
-            SumAlong(m_columns.squares, m_before.squares);
+            SumAlong();
             WriteRow(y, mean.ptr<float>(y), stdDev.ptr<float>(y));
         }
     }
 
 private:
+    /// Adds a row to the sums of the columns, or takes it out.
     template <int kSign>
     void AddRow(int y)
     {
-        uchar const * __restrict const row = m_grey.ptr(y);
-        Sum * __restrict const levels = m_columns.levels.data();
-        Sum * __restrict const squares = m_columns.squares.data();
-        for (int x = 0; x < m_grey.cols; ++x)
+        AddLevels<kSign>(m_grey.ptr(y), m_columns.levels.data(), m_columns.squares.data(), m_grey.cols);
+    }
+
+    template <int kSign>
+    static void AddLevels(uchar const * __restrict row, Sum * __restrict levels, Sum * __restrict squares, int length)
+    {
+        for (int x = 0; x < length; ++x)
         {
             Sum const level = row[x];
             // Subtraction is the addition of what wraps around.
@@ -75,14 +78,17 @@ private:
         }
     }
 
-    /// The sums of all columns before each.
-    static void SumAlong(std::vector<Sum> const & columns, std::vector<Sum> & before)
+    /// Sums up the columns before each.
+    void SumAlong()
     {
-        Sum sum = 0;
-        for (std::size_t x = 0; x < columns.size(); ++x)
+        Sum levels = 0;
+        Sum squares = 0;
+        for (std::size_t x = 0; x < m_columns.levels.size(); ++x)
         {
-            sum += columns[x];
-            before[x + 1] = sum;
+            levels += m_columns.levels[x];
+            squares += m_columns.squares[x];
+            m_before.levels[x + 1] = levels;
+            m_before.squares[x + 1] = squares;
         }
     }
 
@@ -111,25 +117,30 @@ private:
     /// @param rows of the windows
     /// @param pixels columns
     /// @param window of the first pixel; those of the others follow
-    void WritePixels(
-        int y, int rows, Span const & pixels, Span const & window, float * __restrict mean,
-        float * __restrict stdDev) const
+    void WritePixels(int y, int rows, Span const & pixels, Span const & window, float * mean, float * stdDev) const
+    {
+        WriteMoments(
+            m_before.levels.data() + window.first, m_before.squares.data() + window.first, window.Length(), rows,
+            m_grey.ptr(y) + pixels.first, pixels.Length(), mean + pixels.first, stdDev + pixels.first);
+    }
+
+    /// @param levelsBefore, squaresBefore sums of the columns before the first window, and so on
+    static void WriteMoments(
+        Sum const * __restrict levelsBefore, Sum const * __restrict squaresBefore, int width, int rows,
+        uchar const * __restrict grey, int count, float * __restrict mean, float * __restrict stdDev)
     {
         using Signed = std::make_signed_t<Sum>;
-        uchar const * __restrict const grey = m_grey.ptr(y) + pixels.first;
-        Sum const * const levelsBefore = m_before.levels.data() + window.first;
-        Sum const * const squaresBefore = m_before.squares.data() + window.first;
-        int const width = window.Length();
         // In the steps of OpenCV's own mean and deviation, so that they round alike.
         double const scale = 1.0 / (static_cast<double>(rows) * width);
-        for (int i = 0; i < pixels.Length(); ++i)
+        for (int i = 0; i < count; ++i)
         {
             auto const levels = static_cast<double>(static_cast<Signed>(levelsBefore[i + width] - levelsBefore[i]));
             auto const squares = static_cast<double>(static_cast<Signed>(squaresBefore[i + width] - squaresBefore[i]));
             double const average = levels * scale;
-            double const variance = std::max(squares * scale - average * average, 0.0);
-            mean[pixels.first + i] = grey[i] != 0 ? static_cast<float>(average) : 0.0F;
-            stdDev[pixels.first + i] = grey[i] != 0 ? static_cast<float>(std::sqrt(variance)) : 0.0F;
+            double const variance = squares * scale - average * average;
+            auto const deviation = static_cast<float>(std::sqrt(variance > 0.0 ? variance : 0.0));
+            mean[i] = grey[i] != 0 ? static_cast<float>(average) : 0.0F;
+            stdDev[i] = grey[i] != 0 ? deviation : 0.0F;
         }
     }
 

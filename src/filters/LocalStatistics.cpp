@@ -103,33 +103,20 @@ private:
     /// The median is the last level that at most half of the values above 0 lie below.
     void WriteMedians(int x)
     {
-        Lanes<Count> below{};
-        Lanes<Count> limits{};
-        Lanes<Count> medians{};
+        Lanes<Count> below;
+        Lanes<Count> limits;
+        Lanes<Count> medians;
         for (std::size_t lane = 0; lane < kLanes; ++lane)
         {
             auto const zeros = m_histogram[0][lane];
-            limits[lane] = static_cast<Count>(zeros + (static_cast<Count>(m_areas[lane]) - zeros) / 2);
+            limits.Set(lane, static_cast<Count>(zeros + (static_cast<Count>(m_areas[lane]) - zeros) / 2));
         }
-        auto const isFound = [&](std::size_t lane) {
-            return below[lane] > limits[lane];
-        };
-        for (std::size_t word = 0; word < StripHistogram<Count>::kWords; ++word)
+        for (std::size_t word = 0; word < StripHistogram<Count>::kWords && !below.AreAbove(limits); ++word)
         {
             m_histogram.VisitOccurring(word, [&](std::size_t level) {
-                Lanes<Count> const & counts = m_histogram[level];
-                for (std::size_t lane = 0; lane < kLanes; ++lane)
-                {
-                    medians[lane] = isFound(lane) ? medians[lane] : static_cast<Count>(level);
-                    below[lane] = static_cast<Count>(below[lane] + counts[lane]);
-                }
+                medians.TakeWhereNotAbove(below, limits, Lanes<Count>(static_cast<Count>(level)));
+                below += m_histogram[level];
             });
-            bool areAll = true;
-            for (std::size_t lane = 0; lane < kLanes; ++lane)
-            {
-                areAll = areAll && isFound(lane);
-            }
-            if (areAll) break;
         }
         for (int lane = 0; lane < m_rows; ++lane)
         {
@@ -140,13 +127,13 @@ private:
 
     void WriteEntropies(int x)
     {
-        Lanes<EntropyTerms const *> const terms = TermsAt(x);
+        std::array<EntropyTerms const *, kLanes> const terms = TermsAt(x);
         bool areComplete = true;
         for (EntropyTerms const * const one : terms)
         {
             areComplete = areComplete && one->IsComplete();
         }
-        Lanes<double> const sums = areComplete ? SumTables(terms) : SumTerms(terms);
+        std::array<double, kLanes> const sums = areComplete ? SumTables(terms) : SumTerms(terms);
         for (int lane = 0; lane < m_rows; ++lane)
         {
             if (!IsMeasured(lane, x)) continue;
@@ -156,9 +143,9 @@ private:
     }
 
     /// The terms for each window; where it is cut in x and in y there is no table of them.
-    [[nodiscard]] Lanes<EntropyTerms const *> TermsAt(int x)
+    [[nodiscard]] std::array<EntropyTerms const *, kLanes> TermsAt(int x)
     {
-        Lanes<EntropyTerms const *> terms{};
+        std::array<EntropyTerms const *, kLanes> terms{};
         bool const isCutInX = m_window.Cols(x).Length() < 2 * m_window.half;
         for (int lane = 0; lane < kLanes; ++lane)
         {
@@ -184,9 +171,9 @@ private:
 
     /// Adds up terms from level to level, all lanes side by side; a level that a window has not adds 0.
     template <class TermOf>
-    [[nodiscard]] Lanes<double> Sum(TermOf const & termOf) const
+    [[nodiscard]] std::array<double, kLanes> Sum(TermOf const & termOf) const
     {
-        Lanes<double> sums{};
+        std::array<double, kLanes> sums{};
         for (std::size_t word = 0; word < StripHistogram<Count>::kWords; ++word)
         {
             m_histogram.VisitOccurring(word, [&](std::size_t level) {
@@ -202,15 +189,15 @@ private:
         return sums;
     }
 
-    [[nodiscard]] Lanes<double> SumTables(Lanes<EntropyTerms const *> const & terms) const
+    [[nodiscard]] std::array<double, kLanes> SumTables(std::array<EntropyTerms const *, kLanes> const & terms) const
     {
-        Lanes<double const *> tables{};
+        std::array<double const *, kLanes> tables{};
         std::transform(
             terms.begin(), terms.end(), tables.begin(), [](EntropyTerms const * one) { return one->Table(); });
         return Sum([&](std::size_t lane, std::size_t count) { return tables[lane][count]; });
     }
 
-    [[nodiscard]] Lanes<double> SumTerms(Lanes<EntropyTerms const *> const & terms) const
+    [[nodiscard]] std::array<double, kLanes> SumTerms(std::array<EntropyTerms const *, kLanes> const & terms) const
     {
         return Sum([&](std::size_t lane, std::size_t count) { return terms[lane]->Of(count); });
     }
@@ -222,7 +209,7 @@ private:
     std::vector<EntropyTerms> m_untabled = std::vector<EntropyTerms>(kLanes, EntropyTerms(1));
     int m_row = 0;
     int m_rows = 0;
-    Lanes<int> m_areas{};
+    std::array<int, kLanes> m_areas{};
 };
 
 /// The greatest area of a window.

@@ -6,6 +6,8 @@
 /// through a histogram in ascending order meets those alone.
 #pragma once
 
+#include "common/Lanes.h"
+
 #include <opencv2/core.hpp>
 
 #include <algorithm>
@@ -18,12 +20,10 @@
 namespace morvane::filters::window_internals
 {
 
-inline constexpr int kLanes = 8;
-inline constexpr int kLevels = 256;
+using common::Lanes;
 
-/// One number for each row of a strip.
-template <class T>
-using Lanes = std::array<T, kLanes>;
+inline constexpr int kLanes = 8; ///< rows of a strip
+inline constexpr int kLevels = 256;
 
 /// A run of rows or columns: from @p first up to but not including @p last.
 struct Span
@@ -68,7 +68,7 @@ public:
             Span const window = WindowAround(row + lane, m_half, m_grey.rows);
             for (int y = window.first; y < window.last; ++y)
             {
-                m_masks[static_cast<std::size_t>(y - rows.first)][static_cast<std::size_t>(lane)] = 1;
+                m_masks[static_cast<std::size_t>(y - rows.first)].Set(static_cast<std::size_t>(lane), 1);
             }
         }
         m_counts.fill({});
@@ -83,10 +83,7 @@ public:
         for (std::size_t i = 0; i < m_masks.size(); ++i)
         {
             std::size_t const level = levels[i];
-            for (std::size_t lane = 0; lane < kLanes; ++lane)
-            {
-                m_counts[level][lane] = static_cast<Count>(m_counts[level][lane] + m_masks[i][lane]);
-            }
+            m_counts[level] += m_masks[i];
             ++m_pixels[level];
             m_occurring[level / 64] |= std::uint64_t{1} << (level % 64);
         }
@@ -99,10 +96,7 @@ public:
         for (std::size_t i = 0; i < m_masks.size(); ++i)
         {
             std::size_t const level = levels[i];
-            for (std::size_t lane = 0; lane < kLanes; ++lane)
-            {
-                m_counts[level][lane] = static_cast<Count>(m_counts[level][lane] - m_masks[i][lane]);
-            }
+            m_counts[level] -= m_masks[i];
             bool const wasLast = --m_pixels[level] == 0;
             m_occurring[level / 64] &= ~(std::uint64_t{wasLast} << (level % 64));
         }
