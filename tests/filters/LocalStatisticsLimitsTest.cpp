@@ -93,6 +93,41 @@ TEST(LocalStatisticsLimits, WindowOf65536EqualPixels)
     ExpectConstant({270, 290}, 255, 260);
 }
 
+TEST(LocalStatisticsLimits, WindowOf65535PixelsAndOfOneMore)
+{
+    ExpectConstant({257, 255}, 7, 600);
+    ExpectConstant({256, 256}, 7, 600);
+}
+
+TEST(LocalStatisticsLimits, SquaresThatAddUpToJustBelowAndJustAbove31Bits)
+{
+    // 33025 * 255 * 255 is 2^31 - 33023.
+    ExpectConstant({1321, 25}, 255, 3000);
+    ExpectConstant({337, 98}, 255, 3000);
+}
+
+TEST(LocalStatisticsLimits, CountsAround4096)
+{
+    Random random(625);
+    // Windows of 60, 64 and 68 pixels a side, of which one value takes most.
+    for (int const share : {0, 1, 40})
+    {
+        cv::Mat grey(130, 141, CV_8UC1, cv::Scalar(5));
+        for (int count = 0; count < share * 10; ++count)
+        {
+            grey.at<uchar>(random.Below(130), random.Below(141)) = static_cast<uchar>(5 + random.Below(251));
+        }
+        grey.at<uchar>(70, 70) = share == 0 ? 5 : 9;
+        std::vector<cv::Point> const pixels = SomePixels(random, grey.size(), 20);
+        for (unsigned const kernelSize : {60U, 64U, 66U})
+        {
+            ExpectMeasured(grey, pixels, kernelSize);
+        }
+    }
+    ExpectConstant({64, 64}, 7, 200);
+    ExpectConstant({241, 17}, 7, 600);
+}
+
 TEST(LocalStatisticsLimits, RowOfMoreThan65535EqualPixels)
 {
     ExpectConstant({66000, 1}, 7, 140000);

@@ -100,6 +100,22 @@ TEST(RobustLocalMinRandom, LargeCellsAgreeWithAFullSort)
     }
 }
 
+TEST(RobustLocalMinRandom, CellsAround256And16384Pixels)
+{
+    Random random(635);
+    // Cells of 15 by 17, 16 by 16, 257 by 1, and of 127 by 129, 128 by 128, 145 by 113 pixels.
+    for (int const depth : kFloorDepths)
+    {
+        for (cv::Size const cell :
+             {cv::Size(15, 17), cv::Size(16, 16), cv::Size(257, 1), cv::Size(127, 129), cv::Size(128, 128),
+              cv::Size(145, 113)})
+        {
+            ExpectLocalMin(SomeImage(random, cell * 2, depth), 1000);
+            if (HasFatalFailure()) return;
+        }
+    }
+}
+
 TEST(RobustLocalMinRandom, LargeCellsOfOneValueWrapAroundOften)
 {
     for (int const depth : kFloorDepths)
