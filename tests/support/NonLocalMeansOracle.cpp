@@ -43,22 +43,25 @@ float WeightOf(float scaled)
     return table[static_cast<std::size_t>(scaled)];
 }
 
+/// The sum of the differences of two patches, with each partial sum in type @p Sum.
+template <class Sum>
 float PatchDistance(cv::Mat1i const & values, cv::Point one, cv::Point other, int radius)
 {
-    float sum = 0.0F;
+    Sum sum = 0;
     for (int y = -radius; y <= radius; ++y)
     {
         for (int x = -radius; x <= radius; ++x)
         {
             std::int64_t const left = values(one.y + y, one.x + x);
             std::int64_t const right = values(other.y + y, other.x + x);
-            sum += static_cast<float>(left > right ? left - right : right - left);
+            sum += static_cast<Sum>(left > right ? left - right : right - left);
         }
     }
-    return sum;
+    return static_cast<float>(sum);
 }
 
 /// The mean around a pixel, before it is cut; NaN without any candidate.
+template <class Sum>
 float MeanAt(cv::Mat1i const & values, cv::Point pixel, Likeness const & likeness, float centreBlend)
 {
     int const patch = Odd(likeness.patchSize);
@@ -73,7 +76,7 @@ float MeanAt(cv::Mat1i const & values, cv::Point pixel, Likeness const & likenes
         {
             if (x == 0 && y == 0) continue;
             cv::Point const candidate = pixel + cv::Point(x, y);
-            float const weight = WeightOf(PatchDistance(values, pixel, candidate, patch / 2) * factor);
+            float const weight = WeightOf(PatchDistance<Sum>(values, pixel, candidate, patch / 2) * factor);
             if (weight == 0.0F) continue;
             sum += static_cast<float>(values(candidate)) * weight;
             total += weight;
@@ -86,15 +89,43 @@ float MeanAt(cv::Mat1i const & values, cv::Point pixel, Likeness const & likenes
     return total == 0.0F ? std::numeric_limits<float>::quiet_NaN() : sum / total;
 }
 
-/// The numbers that a mean may be, as they are before it is cut.
-Span AcceptedMeans(int depth)
-{
-    return depth == CV_32S ? Span{-2147483648, 2147483648} : SpanOf(depth);
-}
-
 double Clamped(double value, Span const & span)
 {
     return std::clamp(value, static_cast<double>(span.least), static_cast<double>(span.most));
+}
+
+/// Whether a mean is a number of the type, as it is before it is cut. In 32 bits the next one above them counts too.
+bool IsAccepted(double mean, int depth)
+{
+    Span const span = depth == CV_32S ? Span{-2147483648, 2147483648} : SpanOf(depth);
+    return mean == Clamped(mean, span);
+}
+
+/// Calls @p visit with each pixel that is not too close to a border, and its mean.
+template <class Sum, class Visit>
+void ForEachMean(cv::Mat const & src, Likeness const & likeness, float centreBlend, Visit && visit)
+{
+    cv::Mat1i values;
+    src.convertTo(values, CV_32S);
+    int const margin = MarginOf(likeness);
+    for (int y = margin; y < src.rows - margin; ++y)
+    {
+        for (int x = margin; x < src.cols - margin; ++x)
+        {
+            visit(cv::Point(x, y), static_cast<double>(MeanAt<Sum>(values, {x, y}, likeness, centreBlend)));
+        }
+    }
+}
+
+template <class Sum>
+cv::Mat Means(cv::Mat const & src, Likeness const & likeness, float centreBlend)
+{
+    cv::Mat result = CopyOf(src);
+    ForEachMean<Sum>(src, likeness, centreBlend, [&](cv::Point pixel, double mean) {
+        if (std::isnan(mean) || !IsAccepted(mean, src.depth())) return;
+        SetElement(result, pixel.y, pixel.x, 0, std::trunc(Clamped(mean, SpanOf(src.depth()))));
+    });
+    return result;
 }
 
 /// Calls @p make with each pixel of @p image, and stores what it gives.
@@ -161,21 +192,21 @@ cv::Mat Converted(cv::Mat const & work, int depth)
 
 cv::Mat OracleMeans(cv::Mat const & src, Likeness const & likeness, float centreBlend)
 {
-    cv::Mat result = CopyOf(src);
-    cv::Mat1i values;
-    src.convertTo(values, CV_32S);
-    int const margin = MarginOf(likeness);
-    Span const accepted = AcceptedMeans(src.depth());
-    for (int y = margin; y < src.rows - margin; ++y)
-    {
-        for (int x = margin; x < src.cols - margin; ++x)
-        {
-            auto const mean = static_cast<double>(MeanAt(values, {x, y}, likeness, centreBlend));
-            bool const fits = mean >= static_cast<double>(accepted.least) && mean <= static_cast<double>(accepted.most);
-            if (fits) SetElement(result, y, x, 0, std::trunc(Clamped(mean, SpanOf(src.depth()))));
-        }
-    }
-    return result;
+    return Means<float>(src, likeness, centreBlend);
+}
+
+cv::Mat MeansOfExactSums(cv::Mat const & src, Likeness const & likeness)
+{
+    return Means<double>(src, likeness, 0.0F);
+}
+
+int CountMeansBeyond(cv::Mat const & src, Likeness const & likeness)
+{
+    int beyond = 0;
+    ForEachMean<float>(src, likeness, 0.0F, [&](cv::Point /*pixel*/, double mean) {
+        beyond += std::isnan(mean) || IsAccepted(mean, src.depth()) ? 0 : 1;
+    });
+    return beyond;
 }
 
 cv::Mat OracleIteratedMeans(cv::Mat const & src, Likeness const & likeness, int iterations)

@@ -27,6 +27,13 @@ struct Likeness
 /// One pass.
 [[nodiscard]] cv::Mat OracleMeans(cv::Mat const & src, Likeness const & likeness, float centreBlend = 0.0F);
 
+/// One pass that rounds the sum of a patch's differences once, where the pass rounds after each of them: to tell whether
+/// an image shows the difference.
+[[nodiscard]] cv::Mat MeansOfExactSums(cv::Mat const & src, Likeness const & likeness);
+
+/// How many means lie outside the numbers of the type, by rounding.
+[[nodiscard]] int CountMeansBeyond(cv::Mat const & src, Likeness const & likeness);
+
 /// Passes on passes, with a centre that counts more and more; at least one.
 [[nodiscard]] cv::Mat OracleIteratedMeans(cv::Mat const & src, Likeness const & likeness, int iterations);
 
