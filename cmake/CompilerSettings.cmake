@@ -18,7 +18,10 @@ else()
         -Wall -Wextra -Wconversion -Wshadow
         $<$<BOOL:${MORVANE_WARNINGS_AS_ERRORS}>:-Werror>
         # Floating-point results are part of the contract: no fused multiply-add behind the source's back.
-        -ffp-contract=off)
+        -ffp-contract=off
+        # Nobody asks errno or the exception flags after an operation; without them, loops with roots and choices compile to
+        # vectors. The values stay the same.
+        -fno-math-errno -fno-trapping-math)
     # The floor of the machines we serve: SSE4.2 and popcnt.
     if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
         target_compile_options(morvane_settings INTERFACE -march=x86-64-v2)

@@ -289,6 +289,20 @@ cv::Mat SafeDivision(cv::Mat const & numerator, cv::Mat const & denominator)
     return result;
 }
 
+namespace
+{
+
+template <class T>
+void ScaleRow(T const * __restrict values, double scale, uchar * __restrict grey, int length)
+{
+    for (int x = 0; x < length; ++x)
+    {
+        grey[x] = TruncateTo<uchar>(static_cast<double>(values[x]) * scale);
+    }
+}
+
+} // namespace
+
 bool ConvertToGrayScale(cv::Mat const & image, cv::Mat & grey)
 {
     if (!IsRaster(image)) return false;
@@ -303,12 +317,7 @@ bool ConvertToGrayScale(cv::Mat const & image, cv::Mat & grey)
         cv::Mat1b scaled(image.size());
         for (int y = 0; y < image.rows; ++y)
         {
-            T const * const values = image.ptr<T>(y);
-            auto * const row = scaled.ptr<uchar>(y);
-            for (int x = 0; x < image.cols; ++x)
-            {
-                row[x] = TruncateTo<uchar>(static_cast<double>(values[x]) * scale);
-            }
+            ScaleRow(image.ptr<T>(y), scale, scaled.ptr<uchar>(y), image.cols);
         }
         scaled.copyTo(grey);
         return true;

@@ -200,7 +200,7 @@ void FilterWithKeys(Pass & pass, cv::Mat const & src, double least, bool isParal
 
 bool HasInnerPixels(cv::Mat const & image, int margin)
 {
-    return margin < (image.rows + 1) / 2 && margin < (image.cols + 1) / 2;
+    return margin < image.rows / 2 + image.rows % 2 && margin < image.cols / 2 + image.cols % 2;
 }
 
 template <class T>
