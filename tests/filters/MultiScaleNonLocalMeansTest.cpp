@@ -115,6 +115,14 @@ TEST(MultiScaleNLMeans, GiveBackTheResidualAboveTheStrength)
     ExpectDrawn(Filtered(kFull, dark, {1, 3, 3.0F}, 1), {"999", "959", "999"});
 }
 
+TEST(MultiScaleNLMeans, AskForBothSidesOfAThresholdBelowZero)
+{
+    // 65531 is -5 in 16 bits: a residual of 0 is above -5 and gains 5, and below 5 and loses them again.
+    constexpr float kStrength = 65531.0F;
+    cv::Mat const flat = Draw<short>({"777", "777", "777"});
+    ExpectDrawn(Filtered(kFull, flat, {1, 3, kStrength}, 1), {"777", "777", "777"});
+}
+
 TEST(MultiScaleNLMeans, AreStrongerInTheFirstPassOfTheFullForm)
 {
     // A spot 10 above its surroundings: 8 times 1 is too little, 8 times 1.5 is enough. The residual gives back 10 - 1.
@@ -228,8 +236,8 @@ TEST(MultiScaleNLMeansRandom, MatchTheirStepsWithStrangeStrengths)
     for (Operator const & op : kOperators)
     {
         for (float const h :
-             {0.0F, 1e-40F, 0.75F, 32767.9F, 65536.0F, 70000.0F, 3e9F, 1e30F, infinity, -infinity,
-              std::numeric_limits<float>::quiet_NaN()})
+             {0.0F, 1e-40F, 0.75F, -3.0F, -1e3F, 32767.9F, 32768.0F, 40000.0F, 65536.0F, 70000.0F, 3e9F, 1e30F,
+              infinity, -infinity, std::numeric_limits<float>::quiet_NaN()})
         {
             for (int const depth : tests::kFilteredDepths)
             {

@@ -131,6 +131,21 @@ TEST(DownSamplingRefusals, OutputsTooSmall)
     }
 }
 
+TEST(DownSamplingRefusals, NothingForWhatHasNoBlock)
+{
+    for (Operator const & op : kOperators)
+    {
+        for (cv::Size const size : {cv::Size(1, 5), cv::Size(5, 1)})
+        {
+            cv::Mat low = Threes({1, 1}, CV_8UC1);
+            cv::Mat high = Threes({2, 2}, CV_8UC1);
+            EXPECT_TRUE(op.reduce(Threes(size, CV_8UC1), low, high)) << op.name;
+            EXPECT_TRUE(tests::EqualImages(low, Threes({1, 1}, CV_8UC1))) << op.name;
+            EXPECT_TRUE(tests::EqualImages(high, Threes({2, 2}, CV_8UC1))) << op.name;
+        }
+    }
+}
+
 TEST(DownSamplingRefusals, DetailOfAMinimumWithoutItsRemainder)
 {
     Operator const & min = kOperators.back();
