@@ -15,10 +15,12 @@
 ///
 /// The arguments of all operators:
 /// - `patchSize`: width of the patches in pixels, from 0 on. An even one is raised by 1
-/// - `searchSize`: width of the square of candidates in pixels, from 0 on, raised likewise. With 1 there is no candidate, and
-///   nothing changes
-/// - `h`: strength, in grey levels of mean absolute difference. With 0 or NaN no candidate counts and nothing changes;
-///   with a negative one only candidates whose patch hardly differs
+/// - `searchSize`: width of the square of candidates in pixels, from 0 on, raised likewise. With 1 there is no candidate
+/// - `h`: strength, in grey levels of mean absolute difference. With 0 or NaN no candidate counts; with a negative one only
+///   candidates whose patch hardly differs do
+///
+/// Without candidates nothing changes while the centre blend is 0. With another one a pixel is multiplied and divided by its
+/// own weight, which can round, and cut, to the number below it.
 ///
 /// All operators return true when they have filtered, also where the image is too small to hold a pixel that is. They
 /// return false, with `dst` untouched, for other depths, several channels, more than two dimensions or a negative size. They throw
@@ -72,8 +74,8 @@ NLMeansIterative(cv::Mat const & src, int patchSize, int searchSize, float h, in
 /// All levels are `CV_16S`, whatever the depth of `src`: what 16 bits cannot hold wraps around. A first pass of strength 1.5
 /// `h` gives a base, and what it took away, the residual. The base is split by DownSampling() `levels` times; from the
 /// coarsest level down, level i, from 0 on, is filtered with strength `h` / 2^(i + 1) and centre blend 1 and joined with its
-/// detail by UpSampling(). In the end the residual is added where it exceeds t, `h` cut to 16 bits, in absolute value, and reduced
-/// by t. Negative values become 0 in `CV_8U` and `CV_16U`, those above 255 become 255 in `CV_8U`.
+/// detail by UpSampling(). In the end each residual r comes back, with t being `h` cut to 16 bits (towards zero, low bits; 0 for what no 32-bit
+/// integer holds): where r > t, r - t is added, and where r < -t, r + t. Negative values become 0 in `CV_8U` and `CV_16U`, those above 255 become 255 in `CV_8U`.
 ///
 /// The pass over level 0 runs on OpenCV's threads, all others on one.
 ///
