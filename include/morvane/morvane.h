@@ -17,6 +17,8 @@
 #include <morvane/connexity/RegionalExtrema.h>
 #include <morvane/connexity/UltimateAttributeOpening.h>
 #include <morvane/connexity/ZoneMeasures.h>
+#include <morvane/features/NormalComputation.h>
+#include <morvane/features/Normals.h>
 #include <morvane/filters/AlternatingSequentialFilters.h>
 #include <morvane/filters/NonLocalMeans.h>
 #include <morvane/filters/Sampling.h>
