@@ -68,6 +68,7 @@ void AddCandidates(
 }
 
 #if MORVANE_HAS_AVX2
+// NOLINTBEGIN(portability-simd-intrinsics): there is no other way to look up eight numbers at once.
 /// The same with eight weights looked up at once.
 MORVANE_AVX2 void GatherCandidates(
     Key const * __restrict keys, float const * __restrict weights, float const * __restrict values,
@@ -87,6 +88,7 @@ MORVANE_AVX2 void GatherCandidates(
         nearest[x] = std::min(nearest[x], keys[x]);
     }
 }
+// NOLINTEND(portability-simd-intrinsics)
 #else
 constexpr auto GatherCandidates = AddCandidates;
 #endif
@@ -191,7 +193,7 @@ cv::Mat LevelsOf(cv::Mat const & src, double least)
     for (int y = 0; y < src.rows; ++y)
     {
         T const * const pixels = src.ptr<T>(y);
-        Level * const row = levels.ptr<Level>(y);
+        auto * const row = levels.ptr<Level>(y);
         for (int x = 0; x < src.cols; ++x)
         {
             // Exact in unsigned arithmetic, also where the difference exceeds an int.

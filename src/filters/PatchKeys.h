@@ -15,6 +15,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace morvane::filters::nlmeans_internals
@@ -72,7 +73,7 @@ class ColumnSums
 public:
     /// @param levels the image, differences of which are those of the pixels
     /// @param radius of the patch
-    ColumnSums(cv::Mat const & levels, int radius)
+    ColumnSums(cv::Mat levels, int radius)
         : m_levels(levels)
         , m_radius(radius)
         , m_columns(static_cast<std::size_t>(WholeGroups(Tile::kCols + kGroup + 2 * radius)))
@@ -260,7 +261,7 @@ class RoundedKeys
 public:
     using Level = std::uint32_t;
 
-    RoundedKeys(cv::Mat const & levels, NLMeansParameters const & parameters, float factor)
+    RoundedKeys(cv::Mat levels, NLMeansParameters const & parameters, float factor)
         : m_levels(levels)
         , m_radius(parameters.patchRadius)
         , m_stride(Tile::kCols + 2 * kGroup + 2 * m_radius)
