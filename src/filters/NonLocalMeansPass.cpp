@@ -68,7 +68,6 @@ void AddCandidates(
 }
 
 #if MORVANE_HAS_AVX2
-// NOLINTBEGIN(portability-simd-intrinsics): there is no other way to look up eight numbers at once.
 /// The same with eight weights looked up at once.
 MORVANE_AVX2 void GatherCandidates(
     Key const * __restrict keys, float const * __restrict weights, float const * __restrict values,
@@ -88,7 +87,6 @@ MORVANE_AVX2 void GatherCandidates(
         nearest[x] = std::min(nearest[x], keys[x]);
     }
 }
-// NOLINTEND(portability-simd-intrinsics)
 #else
 constexpr auto GatherCandidates = AddCandidates;
 #endif

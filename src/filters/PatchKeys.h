@@ -74,7 +74,7 @@ public:
     /// @param levels the image, differences of which are those of the pixels
     /// @param radius of the patch
     ColumnSums(cv::Mat levels, int radius)
-        : m_levels(levels)
+        : m_levels(std::move(levels))
         , m_radius(radius)
         , m_columns(static_cast<std::size_t>(WholeGroups(Tile::kCols + kGroup + 2 * radius)))
         , m_sums(Tile::kCols + kGroup)
@@ -262,7 +262,7 @@ public:
     using Level = std::uint32_t;
 
     RoundedKeys(cv::Mat levels, NLMeansParameters const & parameters, float factor)
-        : m_levels(levels)
+        : m_levels(std::move(levels))
         , m_radius(parameters.patchRadius)
         , m_stride(Tile::kCols + 2 * kGroup + 2 * m_radius)
         , m_differences(static_cast<std::size_t>(m_stride) * static_cast<std::size_t>(Tile::kRows + 2 * m_radius))
