@@ -6,6 +6,7 @@
 #include <opencv2/core/utility.hpp>
 #include <opencv2/photo.hpp>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -22,7 +23,7 @@ constexpr float kNoise = 10.0F; ///< grey levels
 cv::Mat NoisyTerrain(int side, int depth, double factor)
 {
     cv::Mat noise(side, side, CV_32FC1);
-    cv::RNG(side).fill(noise, cv::RNG::NORMAL, 0.0, kNoise);
+    cv::RNG(static_cast<std::uint64_t>(side)).fill(noise, cv::RNG::NORMAL, 0.0, kNoise);
     cv::Mat terrain;
     benchmarks::GreyTerrain(side).convertTo(terrain, CV_32F);
     cv::Mat noisy = terrain + noise;

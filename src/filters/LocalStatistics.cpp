@@ -274,7 +274,7 @@ bool Slide(
 bool LocalEntropyNoZero(cv::Mat const & src, unsigned int kernelSize, cv::Mat & entropy)
 {
     return Slide(src, kernelSize, {CV_32FC1}, {&entropy}, [](Window const & window, std::vector<cv::Mat> & results) {
-        WriteFromHistograms(window, {&results[0], nullptr});
+        WriteFromHistograms(window, {results.data(), nullptr});
     });
 }
 
@@ -290,7 +290,7 @@ bool LocalMeanNoZero(cv::Mat const & src, unsigned int kernelSize, cv::Mat & mea
 bool LocalMedianNoZero(cv::Mat const & src, unsigned int kernelSize, cv::Mat & median)
 {
     return Slide(src, kernelSize, {CV_8UC1}, {&median}, [](Window const & window, std::vector<cv::Mat> & results) {
-        WriteFromHistograms(window, {nullptr, &results[0]});
+        WriteFromHistograms(window, {nullptr, results.data()});
     });
 }
 
@@ -300,7 +300,7 @@ bool LocalStatisticsNoZero(
     return Slide(
         src, kernelSize, {CV_32FC1, CV_32FC1, CV_32FC1, CV_8UC1}, {&entropy, &mean, &stdDev, &median},
         [](Window const & window, std::vector<cv::Mat> & results) {
-            WriteFromHistograms(window, {&results[0], &results[3]});
+            WriteFromHistograms(window, {results.data(), results.data() + 3});
             WriteMeans(window.grey, window.half, results[1], results[2]);
         });
 }

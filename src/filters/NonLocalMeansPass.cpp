@@ -191,7 +191,7 @@ cv::Mat LevelsOf(cv::Mat const & src, double least)
     for (int y = 0; y < src.rows; ++y)
     {
         T const * const pixels = src.ptr<T>(y);
-        Level * const row = levels.ptr<Level>(y);
+        auto * const row = levels.ptr<Level>(y);
         for (int x = 0; x < src.cols; ++x)
         {
             // Exact in unsigned arithmetic, also where the difference exceeds an int.

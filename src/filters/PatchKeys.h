@@ -15,6 +15,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace morvane::filters::nlmeans_internals
@@ -72,8 +73,8 @@ class ColumnSums
 public:
     /// @param levels the image, differences of which are those of the pixels
     /// @param radius of the patch
-    ColumnSums(cv::Mat const & levels, int radius)
-        : m_levels(levels)
+    ColumnSums(cv::Mat levels, int radius)
+        : m_levels(std::move(levels))
         , m_radius(radius)
         , m_columns(static_cast<std::size_t>(WholeGroups(Tile::kCols + kGroup + 2 * radius)))
         , m_sums(Tile::kCols + kGroup)
@@ -260,8 +261,8 @@ class RoundedKeys
 public:
     using Level = std::uint32_t;
 
-    RoundedKeys(cv::Mat const & levels, NLMeansParameters const & parameters, float factor)
-        : m_levels(levels)
+    RoundedKeys(cv::Mat levels, NLMeansParameters const & parameters, float factor)
+        : m_levels(std::move(levels))
         , m_radius(parameters.patchRadius)
         , m_stride(Tile::kCols + 2 * kGroup + 2 * m_radius)
         , m_differences(static_cast<std::size_t>(m_stride) * static_cast<std::size_t>(Tile::kRows + 2 * m_radius))

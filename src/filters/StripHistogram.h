@@ -15,6 +15,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace morvane::filters::window_internals
@@ -60,8 +61,8 @@ class StripHistogram
 public:
     /// @param grey `CV_8UC1`
     /// @param half of the window's side
-    StripHistogram(cv::Mat const & grey, int half)
-        : m_grey(grey)
+    StripHistogram(cv::Mat grey, int half)
+        : m_grey(std::move(grey))
         , m_half(half)
     {}
 
@@ -107,7 +108,7 @@ public:
             std::size_t const level = levels[i];
             m_counts[level] -= m_masks[i];
             bool const wasLast = --m_pixels[level] == 0;
-            m_occurring[level / 64] &= ~(std::uint64_t{wasLast} << (level % 64));
+            m_occurring[level / 64] &= ~((wasLast ? std::uint64_t{1} : 0) << (level % 64));
         }
     }
 

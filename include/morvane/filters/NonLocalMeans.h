@@ -1,4 +1,5 @@
-/// @file Denoising by non-local means: every pixel becomes a weighted mean of the pixels around it, by the likeness of
+/// @file
+/// Denoising by non-local means: every pixel becomes a weighted mean of the pixels around it, by the likeness of
 /// patches.
 ///
 /// For each pixel, each candidate in a square around it is weighted by how much the patch around the candidate differs
@@ -48,7 +49,8 @@ namespace morvane::filters
 
 /// One pass, on one thread.
 ///
-/// @param src, patchSize, searchSize, h, return value see the head of this file
+/// @param src, patchSize, searchSize, h see the head of this file
+/// @return see the head of this file
 /// @param dst becomes the filtered image
 ///
 /// @code
@@ -65,7 +67,8 @@ NLMeansParallel(cv::Mat const & src, int patchSize, int searchSize, float h, cv:
 /// The centre blend of pass i, from 1 on, is i / `iterations`; the last pass counts the pixel itself with weight 1. On
 /// OpenCV's threads.
 ///
-/// @param src, patchSize, searchSize, h, return value see the head of this file
+/// @param src, patchSize, searchSize, h see the head of this file
+/// @return see the head of this file
 /// @param iterations number of passes; with 0 or less the answer is true, and `dst` stays untouched
 /// @param dst becomes the filtered image
 [[nodiscard]] MORVANE_EXPORT bool

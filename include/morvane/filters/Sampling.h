@@ -51,7 +51,8 @@ namespace morvane::filters
 ///   (`float` for `CV_32S` and `CV_32F`); an integer `low` gets it cut towards zero, and the differences are taken from
 ///   it before it was cut.
 ///
-/// @param src, low, high, return value as for every reduction, see the head of this file
+/// @param src, low, high see the head of this file
+/// @return see the head of this file
 ///
 /// @code
 /// cv::Mat low, high(image.size(), CV_16SC1), again;
@@ -65,7 +66,8 @@ namespace morvane::filters
 /// Source and `high` have any two of `CV_8U`, `CV_16U`, `CV_16S` and `CV_32S`. 16 bits count as unsigned, which shows
 /// only in a `high` of `CV_32S`; a narrower `high` takes the low bits.
 ///
-/// @param src, low, high, return value as for every reduction, see the head of this file
+/// @param src, low, high see the head of this file
+/// @return see the head of this file
 [[nodiscard]] MORVANE_EXPORT bool DownSamplingWithLogicalOr(cv::Mat const & src, cv::Mat & low, cv::Mat & high);
 
 /// Splits an image into the maxima of its blocks and the differences from them.
@@ -74,7 +76,8 @@ namespace morvane::filters
 /// that of `high` (towards zero, low bits); it is never above 0 and wraps around in unsigned types. A NaN is the
 /// maximum of its block only as the first pixel of it.
 ///
-/// @param src, low, high, return value as for every reduction, see the head of this file
+/// @param src, low, high see the head of this file
+/// @return see the head of this file
 [[nodiscard]] MORVANE_EXPORT bool DownSamplingWithMax(cv::Mat const & src, cv::Mat & low, cv::Mat & high);
 
 /// The maxima of the blocks alone, see DownSamplingWithMax() of three images.
@@ -86,7 +89,8 @@ namespace morvane::filters
 /// pixels high or wide: the remainder counts in their minimum, and `high` is written there too. In an image of one row
 /// or column there is no block, and nothing is written.
 ///
-/// @param src, low, high, return value as for every reduction, see the head of this file
+/// @param src, low, high see the head of this file
+/// @return see the head of this file
 [[nodiscard]] MORVANE_EXPORT bool DownSamplingWithMin(cv::Mat const & src, cv::Mat & low, cv::Mat & high);
 
 /// The minima of the blocks alone, see DownSamplingWithMin() of three images.

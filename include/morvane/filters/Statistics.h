@@ -1,4 +1,5 @@
-/// @file Histogram, entropy, median, mean and deviation, of an image and of a window that slides over it; and the local
+/// @file
+/// Histogram, entropy, median, mean and deviation, of an image and of a window that slides over it; and the local
 /// floor.
 ///
 /// A pixel of 0 is empty, but what that means differs, on purpose:
@@ -101,20 +102,24 @@ namespace morvane::filters
 /// @{
 
 /// EntropyNoZero() of the window around each pixel.
-/// @param src, kernelSize, entropy, return value see the group
+/// @param src, kernelSize, entropy see the group
+/// @return see the group
 [[nodiscard]] MORVANE_EXPORT bool LocalEntropyNoZero(cv::Mat const & src, unsigned int kernelSize, cv::Mat & entropy);
 
 /// MeanAndStdDev() of the window around each pixel.
-/// @param src, kernelSize, mean, stdDev, return value see the group
+/// @param src, kernelSize, mean, stdDev see the group
+/// @return see the group
 [[nodiscard]] MORVANE_EXPORT bool
 LocalMeanNoZero(cv::Mat const & src, unsigned int kernelSize, cv::Mat & mean, cv::Mat & stdDev);
 
 /// MedianNoZero() of the window around each pixel.
-/// @param src, kernelSize, median, return value see the group
+/// @param src, kernelSize, median see the group
+/// @return see the group
 [[nodiscard]] MORVANE_EXPORT bool LocalMedianNoZero(cv::Mat const & src, unsigned int kernelSize, cv::Mat & median);
 
 /// All four statistics in one pass.
-/// @param src, kernelSize, entropy, mean, stdDev, median, return value see the group
+/// @param src, kernelSize, entropy, mean, stdDev, median see the group
+/// @return see the group
 [[nodiscard]] MORVANE_EXPORT bool LocalStatisticsNoZero(
     cv::Mat const & src, unsigned int kernelSize, cv::Mat & entropy, cv::Mat & mean, cv::Mat & stdDev,
     cv::Mat & median);
