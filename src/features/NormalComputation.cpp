@@ -1,6 +1,7 @@
 #include <morvane/features/NormalComputation.h>
 
 #include "features/NormalChecks.h"
+#include "features/PlaneBatch.h"
 #include "features/SlidingSums.h"
 
 #include <morvane/common/Conversions.h>
@@ -14,9 +15,11 @@ namespace morvane
 
 using normal_internals::AreCoordinates;
 using normal_internals::Cloud;
-using normal_internals::PlaneOf;
+using normal_internals::Plane;
 using normal_internals::SlidingSums;
 using normal_internals::ValidityOf;
+using normal_internals::VisitPlanes;
+using normal_internals::WindowTotals;
 
 namespace
 {
@@ -90,15 +93,15 @@ void NormalComputationWithWindowMoving_T<T, Output>::Execute()
     SlidingSums<T> sums(cloud, this->halfWidth, this->wrapColumns);
     for (int row = 0; row < validity.rows; ++row)
     {
-        for (int column = 0; column < validity.cols; ++column)
-        {
-            auto const & totals = sums.Totals();
-            auto const plane = PlaneOf(totals.SumsAt(column), totals.CountAt(column), this->minPoints);
-            if (!plane) continue;
-            this->output->WriteNormalAndRms(
-                &row, &column, plane->count, plane->centroid.data(), plane->normal.data(), plane->rms, plane->rms,
-                this->halfWidth);
-        }
+        WindowTotals const & totals = sums.Totals();
+        VisitPlanes(
+            validity.cols, this->minPoints, [&](int column) { return totals.CountAt(column); },
+            [&](int column) { return totals.SumsAt(column); },
+            [&](int column, Plane const & plane) {
+                this->output->WriteNormalAndRms(
+                    &row, &column, plane.count, plane.centroid.data(), plane.normal.data(), plane.rms, plane.rms,
+                    this->halfWidth);
+            });
         sums.Advance();
     }
 }

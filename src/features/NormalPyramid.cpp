@@ -1,20 +1,23 @@
 #include "features/NormalChecks.h"
-#include "features/PlaneFit.h"
+#include "features/PlaneBatch.h"
 
 #include <morvane/features/NormalComputation.h>
 
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
+#include <cstddef>
 #include <limits>
+#include <vector>
 
 namespace morvane
 {
 
 using normal_internals::AreCoordinates;
-using normal_internals::PlaneOf;
+using normal_internals::Plane;
 using normal_internals::PointSums;
 using normal_internals::ValidityOf;
+using normal_internals::VisitPlanes;
 
 namespace
 {
@@ -54,6 +57,17 @@ cv::Mat IntegralOfProducts(cv::Mat const & one, cv::Mat const & other)
     return sums;
 }
 
+/// All sums over a window.
+template <class Computation>
+PointSums SumsIn(Computation const & images, Window const & window)
+{
+    return {window.SumIn<double>(images.sumX),       window.SumIn<double>(images.sumY),
+            window.SumIn<double>(images.sumZ),       window.SumIn<double>(images.squareSumX),
+            window.SumIn<double>(images.squareSumY), window.SumIn<double>(images.squareSumZ),
+            window.SumIn<double>(images.sumXY),      window.SumIn<double>(images.sumYZ),
+            window.SumIn<double>(images.sumXZ)};
+}
+
 } // namespace
 
 template <class T, class Output, class Func>
@@ -81,42 +95,37 @@ template <class T, class Output, class Func>
 void NormalComputationWithPyramid_T<T, Output, Func>::Execute()
 {
     if (count.empty()) return;
-    int const lastRadius = std::max(this->halfWidth, 2);
-    auto const planeAt = [&](int row, int column, int radius) {
-        Window const window(row, column, radius, validity.size());
-        PointSums const sums{
-            window.SumIn<double>(sumX),       window.SumIn<double>(sumY),       window.SumIn<double>(sumZ),
-            window.SumIn<double>(squareSumX), window.SumIn<double>(squareSumY), window.SumIn<double>(squareSumZ),
-            window.SumIn<double>(sumXY),      window.SumIn<double>(sumYZ),      window.SumIn<double>(sumXZ)};
-        return PlaneOf(sums, window.SumIn<int>(count), this->minPoints);
-    };
-    auto const searchAt = [&](int row, int column) {
-        bool isFirst = true;
-        double best = 0.0;
-        for (int radius = this->firstRadius; radius <= lastRadius; ++radius)
+    constexpr double kNone = std::numeric_limits<double>::infinity();
+    auto const searchRow = [&](int row) {
+        auto const windowAt = [&](int column, int radius) {
+            return Window(row, column, radius, validity.size());
+        };
+        std::vector<double> best(static_cast<std::size_t>(validity.cols), kNone);
+        for (int radius = this->firstRadius; radius <= std::max(this->halfWidth, 2); ++radius)
         {
-            auto const plane = planeAt(row, column, radius);
-            if (!plane) continue;
-            double const score = plane->rms * Func{}(1.0 / plane->count);
-            // The first one is the yardstick of the others, and is not written.
-            if (!isFirst && !(score < best)) continue;
-            if (!isFirst)
-            {
+            auto const countAt = [&](int column) {
+                return windowAt(column, radius).template SumIn<int>(count);
+            };
+            auto const sumsAt = [&](int column) {
+                return SumsIn(*this, windowAt(column, radius));
+            };
+            VisitPlanes(validity.cols, this->minPoints, countAt, sumsAt, [&](int column, Plane const & plane) {
+                double & bestScore = best[static_cast<std::size_t>(column)];
+                double const score = plane.rms * Func{}(1.0 / plane.count);
+                if (!(score < bestScore)) return;
+                // The first one is the yardstick of the others, and is not written.
+                bool const isFirst = bestScore == kNone;
+                bestScore = score;
+                if (isFirst) return;
                 this->output->WriteNormalAndRms(
-                    &row, &column, plane->count, plane->centroid.data(), plane->normal.data(), plane->rms, score,
-                    radius);
-            }
-            isFirst = false;
-            best = score;
+                    &row, &column, plane.count, plane.centroid.data(), plane.normal.data(), plane.rms, score, radius);
+            });
         }
     };
     cv::parallel_for_({0, validity.rows}, [&](cv::Range const & rows) {
         for (int row = rows.start; row < rows.end; ++row)
         {
-            for (int column = 0; column < validity.cols; ++column)
-            {
-                searchAt(row, column);
-            }
+            searchRow(row);
         }
     });
 }

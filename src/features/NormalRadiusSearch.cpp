@@ -1,4 +1,5 @@
 #include "features/NormalChecks.h"
+#include "features/PlaneBatch.h"
 #include "features/SlidingSums.h"
 
 #include <morvane/common/Conversions.h>
@@ -14,10 +15,11 @@ namespace morvane
 
 using normal_internals::AreCoordinates;
 using normal_internals::Cloud;
-using normal_internals::PlaneOf;
-using normal_internals::PointSums;
+using normal_internals::Plane;
 using normal_internals::SlidingSums;
 using normal_internals::ValidityOf;
+using normal_internals::VisitPlanes;
+using normal_internals::WindowTotals;
 
 namespace
 {
@@ -49,12 +51,12 @@ public:
     }
 
     /// The sums of the row that was kept as number @p i.
-    [[nodiscard]] auto const & Row(int i) const { return m_rows[static_cast<std::size_t>(i)]; }
+    [[nodiscard]] WindowTotals const & Row(int i) const { return m_rows[static_cast<std::size_t>(i)]; }
 
 private:
     int m_radius;
     SlidingSums<T> m_sliding;
-    std::vector<normal_internals::WindowTotals> m_rows;
+    std::vector<WindowTotals> m_rows;
 };
 
 } // namespace
@@ -84,19 +86,22 @@ void NormalComputationWithPyramidWindowMoving_T<T, Output, Func>::Execute()
     common::VisitElement(*this->depth, [&]<class Score> {
         cv::Mat bestScore(validity.size(), this->depth->type(), cv::Scalar(this->output->defaultRms));
         // Radii in rising order at each pixel: as they would arrive one after the other, whatever the threads.
-        auto const searchAt = [&](int row, int column, int rowOfBand) {
-            auto & best = bestScore.template at<Score>(row, column);
+        auto const searchRow = [&](int row, int rowOfBand) {
+            auto * const best = bestScore.template ptr<Score>(row);
             for (RadiusSums<T> const & search : searches)
             {
-                auto const & totals = search.Row(rowOfBand);
-                auto const plane = PlaneOf(totals.SumsAt(column), totals.CountAt(column), this->minPoints);
-                if (!plane) continue;
-                double const score = plane->rms * Func{}(1.0 / plane->count);
-                if (!(static_cast<double>(best) > score)) continue;
-                best = common::TruncateTo<Score>(score);
-                this->output->WriteNormalAndRms(
-                    &row, &column, plane->count, plane->centroid.data(), plane->normal.data(), plane->rms, score,
-                    search.Radius());
+                WindowTotals const & totals = search.Row(rowOfBand);
+                auto const keepBetter = [&](int column, Plane const & plane) {
+                    double const score = plane.rms * Func{}(1.0 / plane.count);
+                    if (!(static_cast<double>(best[column]) > score)) return;
+                    best[column] = common::TruncateTo<Score>(score);
+                    this->output->WriteNormalAndRms(
+                        &row, &column, plane.count, plane.centroid.data(), plane.normal.data(), plane.rms, score,
+                        search.Radius());
+                };
+                VisitPlanes(
+                    validity.cols, this->minPoints, [&](int column) { return totals.CountAt(column); },
+                    [&](int column) { return totals.SumsAt(column); }, keepBetter);
             }
         };
         for (int first = 0; first < validity.rows; first += kBandRows)
@@ -111,10 +116,7 @@ void NormalComputationWithPyramidWindowMoving_T<T, Output, Func>::Execute()
             cv::parallel_for_({0, rows}, [&](cv::Range const & range) {
                 for (int i = range.start; i < range.end; ++i)
                 {
-                    for (int column = 0; column < validity.cols; ++column)
-                    {
-                        searchAt(first + i, column, i);
-                    }
+                    searchRow(first + i, i);
                 }
             });
         }

@@ -31,8 +31,8 @@ double SquaredNorm(Vector const & vector)
     return Dot(vector, vector.data());
 }
 
-/// The eigenvector of an eigenvalue: across all rows of the matrix less the eigenvalue, so along the cross product of two
-/// of them. Which of two equally long ones is taken shows in its sign and its last bits.
+/// The eigenvector of an eigenvalue: across all rows of the matrix less the eigenvalue, so along the cross product of
+/// two of them. Which of two equally long ones is taken shows in its sign and its last bits.
 Vector EigenvectorOf(tarnel::Mat3<double> const & matrix, double eigenvalue)
 {
     Vector const row0{matrix(0, 0) - eigenvalue, matrix(0, 1), matrix(0, 2)};
@@ -80,17 +80,6 @@ bool SolvePlane(double const * centroid, tarnel::Mat3<double> const & covariance
     }
     lambda = least;
     return true;
-}
-
-std::optional<Plane> PlaneOf(PointSums const & sums, int count, int minPoints)
-{
-    if (count <= minPoints || count <= 0) return std::nullopt;
-    Moments const moments(sums, count);
-    Plane plane{count, moments.centroid, {}, 0.0};
-    double lambda = 0.0;
-    if (!SolvePlane(plane.centroid.data(), moments.covariance, plane.normal.data(), lambda)) return std::nullopt;
-    plane.rms = std::sqrt(lambda);
-    return plane;
 }
 
 } // namespace morvane::normal_internals

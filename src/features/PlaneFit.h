@@ -7,7 +7,6 @@
 #include <morvane/Export.h>
 
 #include <array>
-#include <optional>
 
 namespace morvane::normal_internals
 {
@@ -37,15 +36,6 @@ struct Moments
     tarnel::Mat3<double> covariance; ///< of the population
 };
 
-/// The plane of a window.
-struct Plane
-{
-    int count = 0; ///< points of the window
-    std::array<double, 3> centroid{};
-    std::array<double, 3> normal{};
-    double rms = 0.0; ///< root mean square distance of the points
-};
-
 /// Fits a plane to points.
 ///
 /// @param centroid of the points, three numbers
@@ -55,10 +45,5 @@ struct Plane
 /// @return false when the smallest eigenvalue is not unique or below 0.0001, with nothing written
 MORVANE_EXPORT bool
 SolvePlane(double const * centroid, tarnel::Mat3<double> const & covariance, double * normal, double & lambda);
-
-/// Fits a plane to the points of a window.
-///
-/// @return none with @p minPoints points or fewer, and where SolvePlane() finds none
-[[nodiscard]] std::optional<Plane> PlaneOf(PointSums const & sums, int count, int minPoints);
 
 } // namespace morvane::normal_internals

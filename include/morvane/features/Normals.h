@@ -1,4 +1,5 @@
-/// @file Surface normals of point clouds, slopes of height fields, normals from depth alone, the main orientation of an
+/// @file
+/// Surface normals of point clouds, slopes of height fields, normals from depth alone, the main orientation of an
 /// image.
 #pragma once
 

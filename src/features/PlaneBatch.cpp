@@ -1,0 +1,143 @@
+#include "features/PlaneBatch.h"
+
+#include <cmath>
+
+namespace morvane::normal_internals
+{
+
+namespace
+{
+
+using Row = PlaneBatch::Row;
+
+/// The entries of symmetric matrices on and above their diagonals.
+struct Matrices
+{
+    Row xx;
+    Row yy;
+    Row zz;
+    Row xy;
+    Row xz;
+    Row yz;
+};
+
+/// The two smaller eigenvalues.
+struct Eigenvalues
+{
+    Row middle;
+    Row least;
+};
+
+/// 2 cos(4/3 acos(u)) for u from the square root of 1/2 to 1, by a polynomial that interpolates it in Chebyshev's
+/// points; good to the last bit but one.
+inline double RootFromHalfAngle(double u)
+{
+    constexpr double kCentre = 0.8535533905932737;
+    constexpr double kScale = 6.82842712474619;
+    constexpr double kCoefficients[] = {-6.887420634799763e-12,  1.0703469738521452e-10, -1.7182222916431975e-09,
+                                        2.8846367431951142e-08,  -5.171725842647094e-07, 1.0307584012513945e-05,
+                                        -0.00025104068631963676, 0.010580905910489501,   0.5002515595840447,
+                                        1.4894087575516395};
+    double const x = (u - kCentre) * kScale;
+    double value = 4.5430347953391985e-13;
+    for (double const coefficient : kCoefficients)
+    {
+        value = value * x + coefficient;
+    }
+    return value;
+}
+
+/// Closed form: with the mean of the eigenvalues taken out and their spread scaled to 1, they are the roots of t^3 - 3
+/// t - 2 r. The smallest is -2 cos(acos(-r) / 3), and the sum and the product of the others follow from it.
+Eigenvalues EigenvaluesOf(Matrices const & m)
+{
+    Eigenvalues values{};
+    for (std::size_t i = 0; i < PlaneBatch::kSize; ++i)
+    {
+        double const mean = (m.xx[i] + m.yy[i] + m.zz[i]) / 3.0;
+        double const a = m.xx[i] - mean;
+        double const b = m.yy[i] - mean;
+        double const c = m.zz[i] - mean;
+        double const off = m.xy[i] * m.xy[i] + m.xz[i] * m.xz[i] + m.yz[i] * m.yz[i];
+        double const spread = std::sqrt((a * a + b * b + c * c + 2.0 * off) / 6.0);
+        double const determinant = a * (b * c - m.yz[i] * m.yz[i]) - m.xy[i] * (m.xy[i] * c - m.yz[i] * m.xz[i]) +
+                                   m.xz[i] * (m.xy[i] * m.yz[i] - b * m.xz[i]);
+        double const r = determinant / (2.0 * spread * spread * spread);
+        // Rounding may lead out of the range of a cosine.
+        double const cosine = r > 1.0 ? -1.0 : (r < -1.0 ? 1.0 : -r);
+        double const half = std::sqrt((1.0 + cosine) * 0.5);
+        double const root = -RootFromHalfAngle(std::sqrt((1.0 + half) * 0.5));
+        double const smallest = root > -1.0 ? -1.0 : root;
+        double const discriminant = 12.0 - 3.0 * smallest * smallest;
+        double const difference = std::sqrt(discriminant > 0.0 ? discriminant : 0.0);
+        values.least[i] = mean + spread * smallest;
+        values.middle[i] = mean + spread * ((-smallest - difference) * 0.5);
+    }
+    return values;
+}
+
+} // namespace
+
+void PlaneBatch::Solve()
+{
+    constexpr double kLeastEigenvalue = 0.0001;
+    Matrices m{};
+    for (std::size_t i = 0; i < kSize; ++i)
+    {
+        double const weight = 1.0F / static_cast<float>(m_counts[i]);
+        double const points = m_counts[i];
+        double const x = m_sums[0][i];
+        double const y = m_sums[1][i];
+        double const z = m_sums[2][i];
+        m_centroids[0][i] = weight * x;
+        m_centroids[1][i] = weight * y;
+        m_centroids[2][i] = weight * z;
+        m.xx[i] = (points * m_sums[3][i] - x * x) * weight * weight;
+        m.yy[i] = (points * m_sums[4][i] - y * y) * weight * weight;
+        m.zz[i] = (points * m_sums[5][i] - z * z) * weight * weight;
+        m.xy[i] = (points * m_sums[6][i] - x * y) * weight * weight;
+        m.yz[i] = (points * m_sums[7][i] - y * z) * weight * weight;
+        m.xz[i] = (points * m_sums[8][i] - x * z) * weight * weight;
+    }
+    Eigenvalues const values = EigenvaluesOf(m);
+    for (std::size_t i = 0; i < kSize; ++i)
+    {
+        double const least = values.least[i];
+        m_isPlane[i] = values.middle[i] != least && least >= kLeastEigenvalue ? 1.0 : 0.0;
+        m_rms[i] = std::sqrt(least > 0.0 ? least : 0.0);
+        // The rows of the matrix less the eigenvalue, and their three cross products.
+        double const a = m.xx[i] - least;
+        double const b = m.yy[i] - least;
+        double const c = m.zz[i] - least;
+        double const xy = m.xy[i];
+        double const xz = m.xz[i];
+        double const yz = m.yz[i];
+        double const firstX = xy * yz - xz * b;
+        double const firstY = xz * xy - a * yz;
+        double const firstZ = a * b - xy * xy;
+        double const secondX = b * c - yz * yz;
+        double const secondY = yz * xz - xy * c;
+        double const secondZ = xy * yz - b * xz;
+        double const thirdX = yz * xz - c * xy;
+        double const thirdY = c * a - xz * xz;
+        double const thirdZ = xz * xy - yz * a;
+        double const first = firstX * firstX + firstY * firstY + firstZ * firstZ;
+        double const second = secondX * secondX + secondY * secondY + secondZ * secondZ;
+        double const third = thirdX * thirdX + thirdY * thirdY + thirdZ * thirdZ;
+        // On a tie the second stays, and then what won against the first.
+        bool const isFirst = first > second;
+        double const longest = isFirst ? first : second;
+        bool const isThird = third > longest;
+        double const x = isThird ? thirdX : (isFirst ? firstX : secondX);
+        double const y = isThird ? thirdY : (isFirst ? firstY : secondY);
+        double const z = isThird ? thirdZ : (isFirst ? firstZ : secondZ);
+        double const length = std::sqrt(isThird ? third : longest);
+        double const towards = x * m_centroids[0][i] + y * m_centroids[1][i] + z * m_centroids[2][i];
+        double const divisor = (length == 0.0 ? 1.0 : length) * (towards > 0.0 ? -1.0 : 1.0);
+        m_normals[0][i] = x / divisor;
+        m_normals[1][i] = y / divisor;
+        m_normals[2][i] = z / divisor;
+    }
+}
+
+} // namespace morvane::normal_internals
