@@ -188,7 +188,8 @@ private:
         arguments
             .add_option(
                 "--strength", m_settings.strength,
-                "how far patches that count may differ, in levels, about the deviation of the noise")
+                "how far patches may differ that count, in levels: a third of the deviation of the noise keeps edges, "
+                "all of it takes the last of the noise")
             ->check(IsNumberAbove(0.0))
             ->required();
         arguments
