@@ -1,9 +1,9 @@
 /// @file
 /// What becomes of a block of 2 by 2 pixels: its value, and what each pixel adds to it.
 ///
-/// A reduction from pixels of type T to details of type H has the type `Value` it reckons in, and four functions: `Read`
-/// takes a pixel in, `Merge` brings two values together, `Finish` makes the block's value of what was merged, `ToLow` and
-/// `ToHigh` give the value and the detail out. The order of merging is part of the result where sums round.
+/// A reduction from pixels of type T to details of type H has the type `Value` it reckons in, and four functions:
+/// `Read` takes a pixel in, `Merge` brings two values together, `Finish` makes the block's value of what was merged,
+/// `ToLow` and `ToHigh` give the value and the detail out. The order of merging is part of the result where sums round.
 #pragma once
 
 #include <morvane/common/Conversions.h>
@@ -34,8 +34,8 @@ template <class High, class Value>
     }
 }
 
-/// The mean with halves rounded upwards, in 32-bit integers that may wrap around. For pixels and details of 8 bits, 16 are
-/// enough, and twice as many of them fit a register.
+/// The mean with halves rounded upwards, in 32-bit integers that may wrap around. For pixels and details of 8 bits, 16
+/// are enough, and twice as many of them fit a register.
 template <class T, class High>
 struct Mean
 {

@@ -27,26 +27,26 @@ class EntropyTerms
 {
 public:
     /// Longer tables would cost more than they save: a level seldom occurs so often.
-    static constexpr int kLongest = 4096;
+    static constexpr std::size_t kLongest = 4096;
 
     /// Without a table, for windows that occur too seldom to make one.
-    explicit EntropyTerms(int pixels)
+    explicit EntropyTerms(std::size_t pixels)
         : m_pixels(pixels)
         , m_terms(1, 0.0)
     {}
 
-    static EntropyTerms WithTable(int pixels)
+    static EntropyTerms WithTable(std::size_t pixels)
     {
         EntropyTerms terms(pixels);
-        for (int count = 1; count <= std::min(pixels, kLongest); ++count)
+        for (std::size_t count = 1; count <= std::min(pixels, kLongest); ++count)
         {
-            terms.m_terms.push_back(EntropyTerm(count, pixels));
+            terms.m_terms.push_back(EntropyTerm(static_cast<double>(count), static_cast<double>(pixels)));
         }
         return terms;
     }
 
     /// Tells whether every term is in the table.
-    [[nodiscard]] bool IsComplete() const { return m_terms.size() > static_cast<std::size_t>(m_pixels); }
+    [[nodiscard]] bool IsComplete() const { return m_terms.size() > m_pixels; }
 
     /// The table: terms of counts from 0 on.
     [[nodiscard]] double const * Table() const { return m_terms.data(); }
@@ -54,11 +54,12 @@ public:
     /// The term of any count.
     [[nodiscard]] double Of(std::size_t count) const
     {
-        return count < m_terms.size() ? m_terms[count] : EntropyTerm(static_cast<double>(count), m_pixels);
+        return count < m_terms.size() ? m_terms[count]
+                                      : EntropyTerm(static_cast<double>(count), static_cast<double>(m_pixels));
     }
 
 private:
-    int m_pixels;
+    std::size_t m_pixels;
     std::vector<double> m_terms;
 };
 
@@ -66,7 +67,7 @@ private:
 class EntropyTables
 {
 public:
-    [[nodiscard]] EntropyTerms const & For(int pixels)
+    [[nodiscard]] EntropyTerms const & For(std::size_t pixels)
     {
         auto found = m_tables.find(pixels);
         if (found == m_tables.end()) found = m_tables.emplace(pixels, EntropyTerms::WithTable(pixels)).first;
@@ -74,7 +75,7 @@ public:
     }
 
 private:
-    std::unordered_map<int, EntropyTerms> m_tables;
+    std::unordered_map<std::size_t, EntropyTerms> m_tables;
 };
 
 } // namespace morvane::filters::window_internals

@@ -30,8 +30,8 @@ struct Moments
 
 /// Slides the sums of the columns of a window from row to row, and those of whole windows along a row.
 ///
-/// @tparam Sum unsigned, with room for the squares of one window in its signed form: sums over more than one window may wrap around, since only
-///         their differences count
+/// @tparam Sum unsigned, with room for the squares of one window in its signed form: sums over more than one window may
+///         wrap around, since only their differences count
 template <class Sum>
 class SlidingMeans
 {

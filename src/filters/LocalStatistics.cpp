@@ -96,7 +96,7 @@ private:
         int const width = m_window.Cols(x).Length();
         for (int lane = 0; lane < m_rows; ++lane)
         {
-            m_areas[static_cast<std::size_t>(lane)] = m_window.Rows(m_row + lane).Length() * width;
+            m_areas[static_cast<std::size_t>(lane)] = m_window.Rows(m_row + lane).Area(width);
         }
     }
 
@@ -146,7 +146,7 @@ private:
     [[nodiscard]] std::array<EntropyTerms const *, kLanes> TermsAt(int x)
     {
         std::array<EntropyTerms const *, kLanes> terms{};
-        bool const isCutInX = m_window.Cols(x).Length() < 2 * m_window.half;
+        bool const isCutInX = m_window.Cols(x).IsCut(m_window.half);
         for (int lane = 0; lane < kLanes; ++lane)
         {
             auto const i = static_cast<std::size_t>(lane);
@@ -155,7 +155,7 @@ private:
                 terms[i] = terms[0];
                 continue;
             }
-            bool const isCutInY = m_window.Rows(m_row + lane).Length() < 2 * m_window.half;
+            bool const isCutInY = m_window.Rows(m_row + lane).IsCut(m_window.half);
             if (isCutInX && isCutInY)
             {
                 m_untabled[i] = EntropyTerms(m_areas[i]);
@@ -209,14 +209,14 @@ private:
     std::vector<EntropyTerms> m_untabled = std::vector<EntropyTerms>(kLanes, EntropyTerms(1));
     int m_row = 0;
     int m_rows = 0;
-    std::array<int, kLanes> m_areas{};
+    std::array<std::size_t, kLanes> m_areas{};
 };
 
 /// The greatest area of a window.
 std::size_t GreatestArea(Window const & window)
 {
     auto const side = [&](int size) {
-        return static_cast<std::size_t>(std::min<std::int64_t>(2L * window.half, size));
+        return std::min(2 * static_cast<std::size_t>(window.half), static_cast<std::size_t>(size));
     };
     return side(window.grey.rows) * side(window.grey.cols);
 }
@@ -242,7 +242,8 @@ int HalfOf(unsigned int kernelSize, cv::Size size)
     return static_cast<int>(std::min(even, static_cast<unsigned>(std::max(size.width, size.height))));
 }
 
-/// Scales the image to grey, makes the outputs, and calls @p write with the window, if that holds pixels.
+/// Scales the image to grey, makes the outputs, and calls @p write with the window, if that holds pixels, and with
+/// them.
 ///
 /// @param types of the outputs
 /// @param outputs replaced by zeros
@@ -255,13 +256,16 @@ bool Slide(
     Window window;
     if (!common::ConvertToGrayScale(src, window.grey)) return false;
     window.half = HalfOf(kernelSize, src.size());
+    // Two outputs may be one matrix: these keep the pixels of each, whatever becomes of it.
+    std::vector<cv::Mat> results;
     for (std::size_t i = 0; i < outputs.size(); ++i)
     {
         *outputs[i] = cv::Mat::zeros(window.grey.size(), types[i]);
+        results.push_back(*outputs[i]);
     }
     // An empty window has no statistics; that shows only where there is a pixel to slide it over.
     if (window.half == 0) return cv::countNonZero(window.grey) == 0;
-    write(window);
+    write(window, results);
     return true;
 }
 
@@ -269,22 +273,24 @@ bool Slide(
 
 bool LocalEntropyNoZero(cv::Mat const & src, unsigned int kernelSize, cv::Mat & entropy)
 {
-    return Slide(src, kernelSize, {CV_32FC1}, {&entropy}, [&](Window const & window) {
-        WriteFromHistograms(window, {&entropy, nullptr});
+    return Slide(src, kernelSize, {CV_32FC1}, {&entropy}, [](Window const & window, std::vector<cv::Mat> & results) {
+        WriteFromHistograms(window, {&results[0], nullptr});
     });
 }
 
 bool LocalMeanNoZero(cv::Mat const & src, unsigned int kernelSize, cv::Mat & mean, cv::Mat & stdDev)
 {
-    return Slide(src, kernelSize, {CV_32FC1, CV_32FC1}, {&mean, &stdDev}, [&](Window const & window) {
-        WriteMeans(window.grey, window.half, mean, stdDev);
-    });
+    return Slide(
+        src, kernelSize, {CV_32FC1, CV_32FC1}, {&mean, &stdDev},
+        [](Window const & window, std::vector<cv::Mat> & results) {
+            WriteMeans(window.grey, window.half, results[0], results[1]);
+        });
 }
 
 bool LocalMedianNoZero(cv::Mat const & src, unsigned int kernelSize, cv::Mat & median)
 {
-    return Slide(src, kernelSize, {CV_8UC1}, {&median}, [&](Window const & window) {
-        WriteFromHistograms(window, {nullptr, &median});
+    return Slide(src, kernelSize, {CV_8UC1}, {&median}, [](Window const & window, std::vector<cv::Mat> & results) {
+        WriteFromHistograms(window, {nullptr, &results[0]});
     });
 }
 
@@ -293,9 +299,9 @@ bool LocalStatisticsNoZero(
 {
     return Slide(
         src, kernelSize, {CV_32FC1, CV_32FC1, CV_32FC1, CV_8UC1}, {&entropy, &mean, &stdDev, &median},
-        [&](Window const & window) {
-            WriteFromHistograms(window, {&entropy, &median});
-            WriteMeans(window.grey, window.half, mean, stdDev);
+        [](Window const & window, std::vector<cv::Mat> & results) {
+            WriteFromHistograms(window, {&results[0], &results[3]});
+            WriteMeans(window.grey, window.half, results[1], results[2]);
         });
 }
 

@@ -95,8 +95,9 @@ void AddThresholded(cv::Mat const & residual, short threshold, cv::Mat & work)
         std::transform(
             residual.ptr<short>(y), residual.ptr<short>(y) + work.cols, work.ptr<short>(y), work.ptr<short>(y),
             [threshold](int rest, int value) {
-                if (rest > threshold) return WrapTo<short>(value + rest - threshold);
-                if (rest < -threshold) return WrapTo<short>(value + rest + threshold);
+                // Two questions: below a threshold of 0 the answer to both can be yes.
+                if (rest > threshold) value += rest - threshold;
+                if (rest < -threshold) value += rest + threshold;
                 return WrapTo<short>(value);
             });
     }
@@ -144,6 +145,7 @@ bool MSD_NLMeans(cv::Mat const & src, int patchSize, int searchSize, float h, in
 {
     return VisitFiltered(src, patchSize, searchSize, [&]<class T> {
         if (!IsReady(src, levels, dst)) return false;
+        if (src.empty()) return true;
         NLMeansParameters const parameters(patchSize, searchSize);
         cv::Mat work = In16Bits<T>(src);
         cv::Mat base;
@@ -161,6 +163,7 @@ bool MSD_NLMeansParallel(cv::Mat const & src, int patchSize, int searchSize, flo
 {
     return VisitFiltered(src, patchSize, searchSize, [&]<class T> {
         if (!IsReady(src, levels, dst)) return false;
+        if (src.empty()) return true;
         NLMeansParameters const parameters(patchSize, searchSize);
         cv::Mat work = In16Bits<T>(src);
         cv::Mat base;

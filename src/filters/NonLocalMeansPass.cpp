@@ -51,7 +51,7 @@ struct Candidates
 };
 
 /// Adds one candidate to each pixel of a row.
-MORVANE_INLINED void AddCandidates(
+void AddCandidates(
     Key const * __restrict keys, float const * __restrict weights, float const * __restrict values,
     float * __restrict sums, float * __restrict totals, Key * __restrict nearest, int length)
 {
@@ -67,7 +67,32 @@ MORVANE_INLINED void AddCandidates(
     }
 }
 
-template <class Keys>
+#if MORVANE_HAS_AVX2
+/// The same with eight weights looked up at once.
+MORVANE_AVX2 void GatherCandidates(
+    Key const * __restrict keys, float const * __restrict weights, float const * __restrict values,
+    float * __restrict sums, float * __restrict totals, Key * __restrict nearest, int length)
+{
+    constexpr int kLanes = 8;
+    for (int x = 0; x < length; x += kLanes)
+    {
+        __m256i const indices = _mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<__m128i const *>(keys + x)));
+        __m256 const weight = _mm256_i32gather_ps(weights, indices, sizeof(float));
+        __m256 const product = _mm256_mul_ps(_mm256_loadu_ps(values + x), weight);
+        _mm256_storeu_ps(sums + x, _mm256_add_ps(_mm256_loadu_ps(sums + x), product));
+        _mm256_storeu_ps(totals + x, _mm256_add_ps(_mm256_loadu_ps(totals + x), weight));
+    }
+    for (int x = 0; x < length; ++x)
+    {
+        nearest[x] = std::min(nearest[x], keys[x]);
+    }
+}
+#else
+constexpr auto GatherCandidates = AddCandidates;
+#endif
+
+/// @tparam kAdd adds one candidate to each pixel of a row
+template <auto kAdd, class Keys>
 MORVANE_INLINED void AddAllCandidates(Pass const & pass, Tile const & tile, Keys & keys, Candidates & candidates)
 {
     int const radius = pass.parameters.searchRadius;
@@ -82,7 +107,7 @@ MORVANE_INLINED void AddAllCandidates(Pass const & pass, Tile const & tile, Keys
             for (int y = 0; y < tile.rows; ++y)
             {
                 std::size_t const first = static_cast<std::size_t>(y) * Candidates::kStride;
-                AddCandidates(
+                kAdd(
                     keys.Row(tile.y + y), weights, pass.values.ptr<float>(tile.y + y + dy) + tile.x + dx,
                     &candidates.sums[first], &candidates.totals[first], &candidates.nearest[first],
                     WholeGroups(tile.cols));
@@ -94,13 +119,13 @@ MORVANE_INLINED void AddAllCandidates(Pass const & pass, Tile const & tile, Keys
 template <class Keys>
 void AddAllCandidatesPlainly(Pass const & pass, Tile const & tile, Keys & keys, Candidates & candidates)
 {
-    AddAllCandidates(pass, tile, keys, candidates);
+    AddAllCandidates<AddCandidates>(pass, tile, keys, candidates);
 }
 
 template <class Keys>
 MORVANE_AVX2 void AddAllCandidatesByAvx2(Pass const & pass, Tile const & tile, Keys & keys, Candidates & candidates)
 {
-    AddAllCandidates(pass, tile, keys, candidates);
+    AddAllCandidates<GatherCandidates>(pass, tile, keys, candidates);
 }
 
 /// The greatest mean that the type takes in, in single precision.

@@ -1,8 +1,8 @@
 /// @file
 /// How alike two patches are, as a key into a table of weights.
 ///
-/// Three ways to sum up the differences of a patch, by what the image needs for exact results. All of them work on rows of
-/// one tile and one offset at a time, so that loops run over neighbouring pixels; keys grow with the difference.
+/// Three ways to sum up the differences of a patch, by what the image needs for exact results. All of them work on rows
+/// of one tile and one offset at a time, so that loops run over neighbouring pixels; keys grow with the difference.
 #pragma once
 
 #include "common/Avx2.h"

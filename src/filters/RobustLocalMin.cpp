@@ -22,12 +22,13 @@ namespace
 {
 
 using namespace selection_internals;
+using common::TruncateTo;
 using common::WrapTo;
 
 /// How many of the lowest values stand for the floor.
 std::size_t LowestShare(std::size_t values)
 {
-    return std::max<std::size_t>(static_cast<std::size_t>(static_cast<float>(values) * 0.15F), 1);
+    return static_cast<std::size_t>(std::max(TruncateTo<int>(static_cast<float>(values) * 0.15F), 1));
 }
 
 /// The sum of the lowest values, kept in their own type.
@@ -86,16 +87,12 @@ LowestSum<T> CountLowest(cv::Mat const & cell)
     return {WrapTo<T>(sum), count};
 }
 
-/// From how many pixels on a cell is counted, which passes through all values of the type.
-template <Countable T>
-constexpr std::size_t kPixelsToCount = sizeof(T) == 1 ? 256 : 16384;
-
 template <class T>
 LowestSum<T> LowestOf(cv::Mat const & cell)
 {
     if constexpr (Countable<T>)
     {
-        if (cell.total() >= kPixelsToCount<T>) return CountLowest<T>(cell);
+        if (IsWorthCounting<T>(cell)) return CountLowest<T>(cell);
     }
     return SelectLowest<T>(cell);
 }
@@ -106,7 +103,7 @@ T FloorOf(cv::Mat const & cell)
 {
     LowestSum<T> const lowest = LowestOf<T>(cell);
     if (lowest.values == 0) return std::numeric_limits<T>::max();
-    return static_cast<T>(static_cast<double>(lowest.sum) / static_cast<double>(lowest.values));
+    return TruncateTo<T>(static_cast<double>(lowest.sum) / static_cast<double>(lowest.values));
 }
 
 /// One pixel for each cell of a grid, with its floor.
@@ -138,7 +135,7 @@ bool InterpolatedRobustLocalMinNoZero(cv::Mat const & src, unsigned int cellSize
     return common::VisitElement(src, [&]<class T> {
         int const cols = std::max(static_cast<int>(static_cast<unsigned>(src.cols) / cellSize), 2);
         double const ratio = static_cast<double>(src.rows) / src.cols;
-        int const rows = std::max(static_cast<int>(std::floor(cols * ratio)), 2);
+        int const rows = std::max(TruncateTo<int>(std::floor(cols * ratio)), 2);
         cv::Mat const floors = FloorsOf<T>(src, {cols, rows});
         cv::resize(floors, dst, src.size(), 0.0, 0.0, cv::INTER_LINEAR);
         return true;

@@ -24,7 +24,7 @@ namespace
 /// Tells whether an image has room for what is written to it.
 bool Holds(cv::Mat const & image, cv::Size written)
 {
-    return IsRaster(image) && image.rows >= written.height && image.cols >= written.width;
+    return IsRaster(image) && (written.empty() || (image.rows >= written.height && image.cols >= written.width));
 }
 
 /// Reduces the blocks of two rows.
@@ -119,8 +119,11 @@ void SplitPlane(cv::Mat const & src, cv::Mat & low, cv::Mat & high)
 void MakeHigh(cv::Mat const & src, cv::Mat & high)
 {
     high.create(src.size(), src.type());
-    if (src.rows % 2 == 1) high.row(src.rows - 1).setTo(cv::Scalar::all(0));
-    if (src.cols % 2 == 1) high.col(src.cols - 1).setTo(cv::Scalar::all(0));
+    if (high.empty()) return;
+    // Of any number of channels, which a scalar has not.
+    cv::Mat const elements = high.reshape(1);
+    if (src.rows % 2 == 1) elements.row(src.rows - 1) = 0.0;
+    if (src.cols % 2 == 1) elements.colRange(elements.cols - src.channels(), elements.cols) = 0.0;
 }
 
 using Planes = std::vector<cv::Mat>;

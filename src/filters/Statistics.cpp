@@ -27,8 +27,19 @@ bool HasPixels(cv::Mat const & image)
 }
 
 /// The middle of the values above 0, the upper one of two; 0 without any.
+template <class T>
+double SelectMedian(cv::Mat const & image)
+{
+    std::vector<T> values = CollectPositive<T>(image);
+    if (values.empty()) return 0.0;
+    auto const middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return static_cast<double>(*middle);
+}
+
+/// The same by counting all values.
 template <Countable T>
-double MedianOf(cv::Mat const & image)
+double CountMedian(cv::Mat const & image)
 {
     std::vector<std::uint32_t> const counts = CountPositive<T>(image);
     auto const values = std::accumulate(counts.begin(), counts.end(), std::size_t{0});
@@ -45,11 +56,11 @@ double MedianOf(cv::Mat const & image)
 template <class T>
 double MedianOf(cv::Mat const & image)
 {
-    std::vector<T> values = CollectPositive<T>(image);
-    if (values.empty()) return 0.0;
-    auto const middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return static_cast<double>(*middle);
+    if constexpr (Countable<T>)
+    {
+        if (IsWorthCounting<T>(image)) return CountMedian<T>(image);
+    }
+    return SelectMedian<T>(image);
 }
 
 } // namespace
@@ -71,7 +82,10 @@ bool ComputeHistogram(cv::Mat const & src, cv::Mat & hist, int maxValue)
     int const bins = static_cast<int>(static_cast<unsigned>(maxValue) + 1U);
     float const range[] = {0.0F, static_cast<float>(maxValue + 1.0)};
     float const * ranges[] = {range};
-    cv::calcHist(&src, 1, nullptr, cv::noArray(), hist, 1, &bins, ranges, true, false);
+    // Into a matrix of its own: OpenCV takes no notice of the gaps of a view.
+    cv::Mat counts;
+    cv::calcHist(&src, 1, nullptr, cv::noArray(), counts, 1, &bins, ranges, true, false);
+    counts.copyTo(hist);
     return true;
 }
 

@@ -1,9 +1,9 @@
 /// @file
 /// The histograms of the windows of eight rows at once, while they slide along.
 ///
-/// Windows of neighbouring rows share most of their pixels. With eight counts side by side for each grey level, a pixel that
-/// enters or leaves them is one addition of eight lanes. The levels that occur are kept in a bitmap, so that what looks
-/// through a histogram in ascending order meets those alone.
+/// Windows of neighbouring rows share most of their pixels. With eight counts side by side for each grey level, a pixel
+/// that enters or leaves them is one addition of eight lanes. The levels that occur are kept in a bitmap, so that what
+/// looks through a histogram in ascending order meets those alone.
 #pragma once
 
 #include "common/Lanes.h"
@@ -32,6 +32,15 @@ struct Span
     int last;
 
     [[nodiscard]] int Length() const { return last - first; }
+
+    /// The pixels of a window that is so long and @p width pixels wide.
+    [[nodiscard]] std::size_t Area(int width) const
+    {
+        return static_cast<std::size_t>(Length()) * static_cast<std::size_t>(width);
+    }
+
+    /// Tells whether a window of twice @p half is cut by a border.
+    [[nodiscard]] bool IsCut(int half) const { return Length() < 2 * static_cast<std::int64_t>(half); }
 };
 
 /// The rows or columns of the window around @p centre that lie in the image.
@@ -105,7 +114,8 @@ public:
     /// How often a level occurs in each window.
     [[nodiscard]] Lanes<Count> const & operator[](std::size_t level) const { return m_counts[level]; }
 
-    /// Calls @p visit with the levels from 64 * @p word on, up to 63 more, that occur in one of the windows, in ascending order.
+    /// Calls @p visit with the levels from 64 * @p word on, up to 63 more, that occur in one of the windows, in
+    /// ascending order.
     template <class Visit>
     void VisitOccurring(std::size_t word, Visit const & visit) const
     {

@@ -19,6 +19,14 @@ namespace morvane::filters::selection_internals
 template <class T>
 concept Countable = std::integral<T> && sizeof(T) <= 2;
 
+/// Tells whether the image has pixels enough for counting, which passes through all values of the type.
+template <Countable T>
+[[nodiscard]] bool IsWorthCounting(cv::Mat const & image)
+{
+    constexpr std::size_t kLeast = sizeof(T) == 1 ? 256 : 16384;
+    return image.total() >= kLeast;
+}
+
 /// How often each value of one channel occurs; all below 0 count as 0.
 template <Countable T>
 [[nodiscard]] std::vector<std::uint32_t> CountValues(cv::Mat const & image)

@@ -21,20 +21,21 @@ namespace morvane::filters
 /// | `src` | rows x cols | `CV_8U`, `CV_16U`, `CV_16S`, `CV_32F`, `CV_64F` | any      | any    |
 /// | `dst` | made        | that of `src`                                   | those of `src` | filtered |
 ///
-/// What lies outside the image never decides: it is the greatest number for erosions and the least for dilations. A parent
-/// matrix around a view does not contribute.
+/// What lies outside the image never decides: it is the greatest number for erosions and the least for dilations. A
+/// parent matrix around a view does not contribute.
 ///
 /// @param src see the table; where no filter runs (`maxSize` below 3), any type
 /// @param dst overwritten, in place where it has the size and type of `src`
-/// @param maxSize largest side of the element in pixels; of an even one, the odd one below counts. Below 3, `dst` is a copy
+/// @param maxSize largest side of the element in pixels; of an even one, the odd one below counts. Below 3, `dst` is a
+///        copy
 /// @param shape of the element, a code of `cv::getStructuringElement`: 0 a rectangle, 1 a cross, 2 an ellipse
-/// @return true when `dst` was written; false, with `dst` untouched, when `src` has fewer rows or columns than `maxSize`, or
-///         more than two dimensions
-/// @throws cv::Exception as OpenCV's morphology does, which takes neither `CV_32S` nor `CV_8S` nor `CV_16F`, nor other shapes;
-///         `dst` may then have been written
+/// @return true when `dst` was written; false, with `dst` untouched, when `src` has fewer rows or columns than
+///         `maxSize`, or more than two dimensions
+/// @throws cv::Exception as OpenCV's morphology does, which takes neither `CV_32S` nor `CV_8S` nor `CV_16F`, nor other
+///         shapes; `dst` may then have been written
 ///
-/// Cost: four passes of OpenCV's morphology for each element: O(pixels * `maxSize`^2) time for a rectangle, whose passes
-/// are separable, and O(pixels * `maxSize`^3) for others. One thread of ours. `src` may be `dst`.
+/// Cost: four passes of OpenCV's morphology for each element: O(pixels * `maxSize`^2) time for a rectangle, whose
+/// passes are separable, and O(pixels * `maxSize`^3) for others. One thread of ours. `src` may be `dst`.
 ///
 /// @code
 /// filters::ASF_Close(depth, smooth, 5, cv::MORPH_ELLIPSE);
