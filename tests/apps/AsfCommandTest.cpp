@@ -69,20 +69,16 @@ TEST_F(AsfCommand, BrightAndDarkSpecksVanish)
 TEST_F(AsfCommand, Switches_ReachTheLibrary)
 {
     Random random(9);
-    for (int const type : {CV_16UC1, CV_32FC1})
-    {
-        cv::Mat const image = RandomImage(random, {33, 24}, type, {0.2, 0.0, 60});
-        Save("image.tif", image);
-        cv::Mat expected;
-        ASSERT_TRUE(filters::ASF_Close(image, expected, 5, cv::MORPH_RECT));
-        ExpectEqualImages(Smooth({In("image.tif"), "--size", "5"}), expected);
-        ExpectEqualImages(
-            Smooth({In("image.tif"), "--size", "6", "--first", "close", "--shape", "rectangle"}), expected);
-        ASSERT_TRUE(filters::ASF_Open(image, expected, 5, cv::MORPH_ELLIPSE));
-        ExpectEqualImages(Smooth({In("image.tif"), "--size", "5", "--first", "open", "--shape", "ellipse"}), expected);
-        ASSERT_TRUE(filters::ASF_Open(image, expected, 3, cv::MORPH_CROSS));
-        ExpectEqualImages(Smooth({In("image.tif"), "--size", "3", "--first", "open", "--shape", "cross"}), expected);
-    }
+    cv::Mat const image = RandomImage(random, {33, 24}, CV_32FC1, {0.2, 0.0, 60});
+    Save("image.tif", image);
+    cv::Mat expected;
+    ASSERT_TRUE(filters::ASF_Close(image, expected, 5, cv::MORPH_RECT));
+    ExpectEqualImages(Smooth({In("image.tif"), "--size", "5"}), expected);
+    ExpectEqualImages(Smooth({In("image.tif"), "--size", "6", "--first", "close", "--shape", "rectangle"}), expected);
+    ASSERT_TRUE(filters::ASF_Open(image, expected, 5, cv::MORPH_ELLIPSE));
+    ExpectEqualImages(Smooth({In("image.tif"), "--size", "5", "--first", "open", "--shape", "ellipse"}), expected);
+    ASSERT_TRUE(filters::ASF_Open(image, expected, 3, cv::MORPH_CROSS));
+    ExpectEqualImages(Smooth({In("image.tif"), "--size", "3", "--first", "open", "--shape", "cross"}), expected);
     EXPECT_EQ(Run({"asf", In("image.tif"), "--size", "3", "--picture", In("picture.png")}).status, 0);
     EXPECT_EQ(Read(In("picture.png")).type(), CV_8UC1);
     EXPECT_EQ(Files(), (std::set<std::string>{"image.tif", "out.tif", "picture.png"}));

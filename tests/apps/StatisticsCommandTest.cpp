@@ -103,22 +103,18 @@ TEST_F(StatisticsCommand, NamesWhatItCannotUse)
 {
     float const infinity = std::numeric_limits<float>::infinity();
     Save("flat.tif", cv::Mat1f(3, 4, 2.5F));
-    Save("empty.png", cv::Mat1b(3, 4, uchar{0}));
     Save("infinite.tif", (cv::Mat1f(1, 3) << 1.0F, infinity, 0.0F));
     Save("colours.png", cv::Mat(3, 4, CV_8UC3, cv::Scalar::all(1)));
     Save("image.tif", (cv::Mat1b(1, 3) << 1, 2, 3));
     std::set<std::string> const before = Files();
     Refuses({In("flat.tif"), "--kernel", "4"}, {"flat.tif", "flat", "every pixel is 2.5"});
-    Refuses({In("empty.png"), "--kernel", "4"}, {"empty.png", "flat", "every pixel is 0"});
     Refuses({In("infinite.tif"), "--kernel", "4"}, {"infinite.tif", "infinite"});
     Refuses({In("colours.png"), "--kernel", "4"}, {"colours.png", "3 channels"});
-    Refuses({In("none.png"), "--kernel", "4"}, {"none.png", "no such file"});
     Refuses({In("image.tif"), "--kernel", "1"}, {"--kernel 1", "no window", "2"});
     Refuses({In("image.tif"), "--kernel", "-4"}, {"--kernel -4", "no window"});
     Refuses({In("image.tif")}, {"--kernel"});
     Refuses({In("image.tif"), "--kernel", "4", "--median", In("mean.tif")}, {"mean.tif", "two outputs"});
     Refuses({In("image.tif"), "--kernel", "4", "--median", In("image.tif")}, {"image.tif", "overwritten"});
-    Refuses({In("image.tif"), "--kernel", "4", "--median", In("median.png")}, {"median.png", ".tif"});
     Refuses({In("image.tif"), "--kernel", "4", "--median-picture", "/proc/median.png"}, {"/proc/median.png"});
     EXPECT_EQ(Files(), before);
 }

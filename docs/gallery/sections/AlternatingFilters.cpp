@@ -18,8 +18,7 @@ void DrawFilters(Studio & studio)
         studio,
         {"Small things taken off the ground",
          "ASF_Close with discs of up to 21 pixels, 2.1 m. Boxes, thin trees and the speckle of the ground are gone. "
-         "The "
-         "shed, the wall and the mounds keep their outlines, but for corners that no disc fits into.",
+         "What is larger keeps its outline, but for corners that no disc fits into.",
          "Without what is smaller than the disc"},
         {"asf", "yard_surface.tif", "--size", "21", "--shape", "ellipse"},
         {"yard_surface-preview.png", "Heights in the yard"}, Look::Relief);

@@ -49,11 +49,10 @@ void DrawStatistics(Studio & studio)
         "measures nothing where nothing was measured. Blue is little, red is much.");
     StatisticsStep(
         studio, "Outlines and curved surfaces",
-        "Windows of 8 by 8. The deviation draws the outlines, twice as bright where bright things stand before the "
-        "sky. The entropy does not ask how far levels differ but how many there are: it is high where a surface is "
+        "Windows of 8 by 8. The deviation draws the outlines, strongest where bright things stand before the dark. "
+        "The entropy does not ask how far levels differ but how many there are: it is high where a surface is "
         "curved, on the crowns of the trees and on the mounds, and low on flat walls. At the rim of a crown the mean "
-        "is "
-        "drawn towards the empty sky, the median is not.",
+        "is drawn towards the empty sky, the median is not.",
         "yard_intensity.png", {"yard_intensity-preview.png", "Intensity in the yard"});
 }
 

@@ -29,8 +29,8 @@ void DrawPyramid(Studio & studio)
         "leads back.");
     PyramidStep(
         studio, "Means and differences",
-        "DownSampling, four times. The differences from the means are stored in 16 bits more; UpSampling adds them to "
-        "the coarsest level, from there to the next, and gives the image back exactly.",
+        "DownSampling, four times. The differences from the means are stored in 32 bits, which hold them all; "
+        "UpSampling adds them to the coarsest level, from there to the next, and gives the image back exactly.",
         "room_intensity.png", "mean", 4);
     PyramidStep(
         studio, "Maxima",
