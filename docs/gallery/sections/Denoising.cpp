@@ -47,8 +47,7 @@ void DrawIntensity(Studio & studio)
         studio,
         {"Noise of the receiver",
          "To a part of the room's intensity noise was added, of a deviation of 2000 levels. NLMeansParallel averages "
-         "it "
-         "away on walls and floor, where many patches look alike. Edges stay sharp, as patches across an edge look "
+         "it away on walls and floor, where many patches look alike. Edges stay sharp, as patches across an edge look "
          "different and count for nothing; the legs of the table, fainter than the noise, go with it. A border of 12 "
          "pixels has no full patches, and stays as it is.",
          "The filtered intensity"},
