@@ -30,7 +30,9 @@ public:
 
 #if defined(__GNUC__)
     /// All the same.
-    explicit Lanes(T value) : m_values(Values{} + value) {}
+    explicit Lanes(T value)
+        : m_values(Values{} + value)
+    {}
 
     void operator+=(Lanes const & other)
     {
@@ -65,7 +67,10 @@ private:
     using Values [[gnu::vector_size(kCount * sizeof(T))]] = T;
     Values m_values{};
 #else
-    explicit Lanes(T value) { m_values.fill(value); }
+    explicit Lanes(T value)
+    {
+        m_values.fill(value);
+    }
 
     void operator+=(Lanes const & other)
     {

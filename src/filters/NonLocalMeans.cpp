@@ -109,6 +109,33 @@ bool IsReady(cv::Mat const & src, int levels, cv::Mat const & dst)
     return levels >= 1 && dst.type() == src.type() && common::SameSize(src, dst);
 }
 
+/// What sets the two multi-scale forms apart.
+struct ScaleForm
+{
+    PassOf16Bits pass;     ///< all but that over the finest level, which has threads in any case
+    float firstFactor;     ///< of the strength, in the first pass
+    bool returnsResiduals; ///< what the first pass took away comes back in part
+};
+
+bool FilterScales(
+    ScaleForm const & form, cv::Mat const & src, int patchSize, int searchSize, float h, int levels, cv::Mat & dst)
+{
+    return VisitFiltered(src, patchSize, searchSize, [&]<class T> {
+        if (!IsReady(src, levels, dst)) return false;
+        if (src.empty()) return true;
+        NLMeansParameters const parameters(patchSize, searchSize);
+        cv::Mat work = In16Bits<T>(src);
+        cv::Mat base;
+        cv::Mat residual;
+        if (!form.pass(parameters, work, h * form.firstFactor, base, 0.0F)) return false;
+        cv::subtract(work, base, residual);
+        if (!FilterLevels(parameters, base, h, levels, form.pass, work)) return false;
+        if (form.returnsResiduals) AddThresholded(residual, TruncateTo<short>(h), work);
+        WriteAs<T>(work, dst);
+        return true;
+    });
+}
+
 } // namespace
 
 bool NLMeans(cv::Mat const & src, int patchSize, int searchSize, float h, cv::Mat & dst)
@@ -143,35 +170,12 @@ bool NLMeansIterative(cv::Mat const & src, int patchSize, int searchSize, float 
 
 bool MSD_NLMeans(cv::Mat const & src, int patchSize, int searchSize, float h, int levels, cv::Mat & dst)
 {
-    return VisitFiltered(src, patchSize, searchSize, [&]<class T> {
-        if (!IsReady(src, levels, dst)) return false;
-        if (src.empty()) return true;
-        NLMeansParameters const parameters(patchSize, searchSize);
-        cv::Mat work = In16Bits<T>(src);
-        cv::Mat base;
-        if (!NLMeansPass<short>(parameters, work, h * 1.5F, base, 0.0F)) return false;
-        cv::Mat residual;
-        cv::subtract(work, base, residual);
-        if (!FilterLevels(parameters, base, h, levels, NLMeansPass<short>, work)) return false;
-        AddThresholded(residual, TruncateTo<short>(h), work);
-        WriteAs<T>(work, dst);
-        return true;
-    });
+    return FilterScales({NLMeansPass<short>, 1.5F, true}, src, patchSize, searchSize, h, levels, dst);
 }
 
 bool MSD_NLMeansParallel(cv::Mat const & src, int patchSize, int searchSize, float h, int levels, cv::Mat & dst)
 {
-    return VisitFiltered(src, patchSize, searchSize, [&]<class T> {
-        if (!IsReady(src, levels, dst)) return false;
-        if (src.empty()) return true;
-        NLMeansParameters const parameters(patchSize, searchSize);
-        cv::Mat work = In16Bits<T>(src);
-        cv::Mat base;
-        if (!NLMeansPassParallel<short>(parameters, work, h, base, 0.0F)) return false;
-        if (!FilterLevels(parameters, base, h, levels, NLMeansPassParallel<short>, work)) return false;
-        WriteAs<T>(work, dst);
-        return true;
-    });
+    return FilterScales({NLMeansPassParallel<short>, 1.0F, false}, src, patchSize, searchSize, h, levels, dst);
 }
 
 } // namespace morvane::filters

@@ -50,11 +50,6 @@ std::string CountOfChannels(int channels)
     return std::to_string(channels) + (channels == 1 ? " channel" : " channels");
 }
 
-std::string DescribeSize(cv::Mat const & image)
-{
-    return std::to_string(image.cols) + " x " + std::to_string(image.rows);
-}
-
 /// Says why a file cannot be opened, before a codec sees it.
 void CheckReadable(fs::path const & file)
 {
@@ -186,6 +181,13 @@ void CheckSize(fs::path const & file, cv::Mat const & image, cv::Mat const & oth
         file, "is " + DescribeSize(image) + ", but " + otherFile.string() + " is " + DescribeSize(other));
 }
 
+void CheckHalvings(fs::path const & file, cv::Mat const & image, int count)
+{
+    if (std::min(image.rows, image.cols) >> count > 0) return;
+    throw ProgramError(
+        file, "is " + DescribeSize(image) + ", too small to be halved " + std::to_string(count) + " times");
+}
+
 void CheckDepth(fs::path const & file, cv::Mat const & image, std::vector<int> const & accepted)
 {
     if (std::find(accepted.begin(), accepted.end(), image.depth()) != accepted.end()) return;
@@ -228,6 +230,11 @@ void CheckChannels(fs::path const & file, cv::Mat const & image, std::vector<int
         numbers += (numbers.empty() ? "" : " or ") + std::to_string(one);
     }
     throw ProgramError(file, "has " + CountOfChannels(image.channels()) + " where " + numbers + " must be");
+}
+
+std::string DescribeSize(cv::Mat const & image)
+{
+    return std::to_string(image.cols) + " x " + std::to_string(image.rows);
 }
 
 std::string DescribeType(int type)

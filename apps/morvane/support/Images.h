@@ -47,6 +47,15 @@ void CheckSize(
 /// Checks the depth. @throws ProgramError when it is none of @p accepted
 void CheckDepth(std::filesystem::path const & file, cv::Mat const & image, std::vector<int> const & accepted);
 
+/// Checks that something is left of an image when both of its sides are halved, rounding down, again and again.
+///
+/// @param count how many times, 0 to kMostHalvings
+/// @throws ProgramError when nothing is
+void CheckHalvings(std::filesystem::path const & file, cv::Mat const & image, int count);
+
+/// No side can be halved more often.
+inline constexpr int kMostHalvings = 30;
+
 /// The depths that OpenCV's morphology takes.
 [[nodiscard]] std::vector<int> const & MorphologyDepths();
 
@@ -59,6 +68,9 @@ void CheckDepth(std::filesystem::path const & file, cv::Mat const & image, std::
 
 /// Checks the number of channels. @throws ProgramError when it is none of @p accepted
 void CheckChannels(std::filesystem::path const & file, cv::Mat const & image, std::vector<int> const & accepted);
+
+/// The size in words: "640 x 480", columns first.
+[[nodiscard]] std::string DescribeSize(cv::Mat const & image);
 
 /// The type in words: "CV_32FC1, 32-bit float, 1 channel".
 [[nodiscard]] std::string DescribeType(int type);

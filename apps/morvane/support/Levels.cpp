@@ -4,8 +4,6 @@
 #include "morvane/support/ProgramError.h"
 
 #include <limits>
-#include <map>
-#include <string>
 
 namespace program
 {
@@ -15,24 +13,16 @@ namespace fs = std::filesystem;
 void DeclareAttribute(CLI::App & arguments, morvane::common::eAttributeType & attribute)
 {
     using namespace morvane::common;
-    std::map<std::string, eAttributeType> const names{{"height", eAttributeHeight}, {"width", eAttributeWidth},
-                                                      {"strain", eAttributeStrain}, {"min-hw", eAttributeMinHW},
-                                                      {"area", eAttributeArea},     {"sqrt-area", eAttributeSqrtArea}};
-    auto const take = [&attribute, names](std::string const & wanted) {
-        auto const found = names.find(wanted);
-        if (found == names.end())
-        {
-            throw CLI::ValidationError(
-                "--attribute", wanted + " is none of area, height, min-hw, sqrt-area, strain, width");
-        }
-        attribute = found->second;
-    };
-    arguments
-        .add_option_function<std::string>(
-            "--attribute", take,
-            "what is measured of a component: area, sqrt-area, height, width, strain (the larger of both), min-hw (the "
-            "smaller)")
-        ->type_name("NAME")
+    DeclareNamed<eAttributeType>(
+        arguments, "--attribute", attribute,
+        {{"area", eAttributeArea},
+         {"height", eAttributeHeight},
+         {"min-hw", eAttributeMinHW},
+         {"sqrt-area", eAttributeSqrtArea},
+         {"strain", eAttributeStrain},
+         {"width", eAttributeWidth}},
+        "what is measured of a component: area, sqrt-area, height, width, strain (the larger of both), min-hw (the "
+        "smaller)")
         ->required();
 }
 
@@ -48,13 +38,21 @@ void DeclareScale(CLI::App & arguments, std::optional<double> & scale)
 cv::Mat LevelsOf(fs::path const & file, cv::Mat const & image, std::optional<double> const & scale)
 {
     double least = 0.0;
-    double greatest = 0.0;
-    cv::minMaxIdx(image, &least, &greatest);
+    cv::minMaxIdx(image, &least, nullptr);
     if (least < 0.0) throw ProgramError(file, "holds negative numbers, which are no levels");
+    return SignedLevelsOf(file, image, scale);
+}
+
+cv::Mat SignedLevelsOf(fs::path const & file, cv::Mat const & image, std::optional<double> const & scale)
+{
     bool const isWhole = image.depth() != CV_32F && image.depth() != CV_64F;
     if (!scale && !isWhole) throw ProgramError(file, "holds floats; --scale says how many levels make 1");
     if (!scale) return image;
-    if (greatest * *scale > std::numeric_limits<int>::max())
+    double least = 0.0;
+    double greatest = 0.0;
+    cv::minMaxIdx(image, &least, &greatest);
+    using Limits = std::numeric_limits<int>;
+    if (greatest * *scale > Limits::max() || least * *scale < Limits::min())
     {
         throw ProgramError(file, "holds numbers that are too large for --scale");
     }
