@@ -80,8 +80,8 @@ void FillDifferences(cv::Mat const & depth, int step, Tangents & tangents)
 {
     for (int y = 0; y < depth.rows - step; ++y)
     {
-        float const * const here = depth.ptr<float>(y);
-        float const * const below = depth.ptr<float>(y + step);
+        auto const * const here = depth.ptr<float>(y);
+        auto const * const below = depth.ptr<float>(y + step);
         for (int x = 0; x < depth.cols - step; ++x)
         {
             tangents.dzx(y, x) = here[x + step] - here[x];
@@ -94,11 +94,10 @@ void FillDifferences(cv::Mat const & depth, int step, Tangents & tangents)
 bool Smooth(Tangents & tangents)
 {
     constexpr int kSize = 5;
-    for (cv::Mat1f * const image : {&tangents.t1x, &tangents.t1y, &tangents.t2x, &tangents.t2y})
-    {
-        if (!filters::ASF_Close(*image, *image, kSize, cv::MORPH_RECT)) return false;
-    }
-    return true;
+    auto const smooth = [](cv::Mat1f & image) {
+        return filters::ASF_Close(image, image, kSize, cv::MORPH_RECT);
+    };
+    return smooth(tangents.t1x) && smooth(tangents.t1y) && smooth(tangents.t2x) && smooth(tangents.t2y);
 }
 
 /// The unit vector across two others, 0 where these are parallel.

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <utility>
 
 namespace morvane
 {
@@ -52,16 +53,14 @@ void NormalAndRMSOutput_T<T>::WriteNormalAndRms(
 
 template <class T, class Output, class Func>
 NormalComputation_T<T, Output, Func>::NormalComputation_T(
-    int halfWidthOfWindow, cv::Mat const & depthImage, cv::Mat const & xImage, cv::Mat const & yImage,
-    cv::Mat const & zImage, Output & outputOfResults, int leastPoints)
-    : wrapColumns(true)
-    , halfWidth(halfWidthOfWindow)
+    int halfWidthOfWindow, cv::Mat const & depthImage, cv::Mat const & xImage, cv::Mat yImage, cv::Mat zImage,
+    Output & outputOfResults, int leastPoints)
+    : halfWidth(halfWidthOfWindow)
     , depth(&depthImage)
     , x(&xImage)
-    , y(yImage)
-    , z(zImage)
+    , y(std::move(yImage))
+    , z(std::move(zImage))
     , firstRadius(FirstRadiusFor(leastPoints))
-    , windowWidth(0)
     , output(&outputOfResults)
     , minPoints(leastPoints)
 {

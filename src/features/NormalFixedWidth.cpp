@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 
 namespace morvane
 {
@@ -72,7 +73,7 @@ Neighbours NeighboursOf(
     float const depth = computation.depth->at<float>(row, column);
     for (int y = row - radius; y <= row + radius; y += stride)
     {
-        float const * const depths = computation.depth->ptr<float>(y);
+        auto const * const depths = computation.depth->ptr<float>(y);
         uchar const * const mask = computation.holeMask.ptr(y);
         for (int x = column - radius; x <= column + radius; x += stride)
         {
@@ -98,14 +99,14 @@ Neighbours NeighboursOf(
 NormalComputationWithMaxDepthWithFixedWidth::NormalComputationWithMaxDepthWithFixedWidth(
     int halfWidthOfWindow, cv::Mat const & depthImage, cv::Mat const & xImage, cv::Mat const & yImage,
     cv::Mat const & zImage, RMSOutput_T<float> & outputOfResults, float depthDifference, float width, float angleStep,
-    int rowsWithHoles, int columnsWithHoles, cv::Mat const & mask, int leastPoints)
+    int rowsWithHoles, int columnsWithHoles, cv::Mat mask, int leastPoints)
     : NormalComputation_T(halfWidthOfWindow, depthImage, xImage, yImage, zImage, outputOfResults, leastPoints)
     , maxDepthDifference(depthDifference)
     , fixedWidth(width)
     , inverseAngleStep(1.0F / angleStep)
     , rowLimit(rowsWithHoles)
     , columnLimit(columnsWithHoles)
-    , holeMask(mask)
+    , holeMask(std::move(mask))
 {
     wrapColumns = false;
 }

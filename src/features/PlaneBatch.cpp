@@ -76,6 +76,37 @@ Eigenvalues EigenvaluesOf(Matrices const & m)
     return values;
 }
 
+struct Vector
+{
+    double x;
+    double y;
+    double z;
+
+    [[nodiscard]] double SquaredNorm() const { return x * x + y * y + z * z; }
+};
+
+inline Vector Longer(Vector const & one, Vector const & other, bool isOne)
+{
+    return {isOne ? one.x : other.x, isOne ? one.y : other.y, isOne ? one.z : other.z};
+}
+
+/// The longest cross product of two rows of a matrix less its eigenvalue. On a tie the second stays against the first,
+/// and what won of these against the third.
+inline Vector AcrossRows(Matrices const & m, std::size_t i, double eigenvalue)
+{
+    double const a = m.xx[i] - eigenvalue;
+    double const b = m.yy[i] - eigenvalue;
+    double const c = m.zz[i] - eigenvalue;
+    double const xy = m.xy[i];
+    double const xz = m.xz[i];
+    double const yz = m.yz[i];
+    Vector const first{xy * yz - xz * b, xz * xy - a * yz, a * b - xy * xy};
+    Vector const second{b * c - yz * yz, yz * xz - xy * c, xy * yz - b * xz};
+    Vector const third{yz * xz - c * xy, c * a - xz * xz, xz * xy - yz * a};
+    Vector const longer = Longer(first, second, first.SquaredNorm() > second.SquaredNorm());
+    return Longer(third, longer, third.SquaredNorm() > longer.SquaredNorm());
+}
+
 } // namespace
 
 void PlaneBatch::Solve()
@@ -105,38 +136,14 @@ void PlaneBatch::Solve()
         double const least = values.least[i];
         m_isPlane[i] = values.middle[i] != least && least >= kLeastEigenvalue ? 1.0 : 0.0;
         m_rms[i] = std::sqrt(least > 0.0 ? least : 0.0);
-        // The rows of the matrix less the eigenvalue, and their three cross products.
-        double const a = m.xx[i] - least;
-        double const b = m.yy[i] - least;
-        double const c = m.zz[i] - least;
-        double const xy = m.xy[i];
-        double const xz = m.xz[i];
-        double const yz = m.yz[i];
-        double const firstX = xy * yz - xz * b;
-        double const firstY = xz * xy - a * yz;
-        double const firstZ = a * b - xy * xy;
-        double const secondX = b * c - yz * yz;
-        double const secondY = yz * xz - xy * c;
-        double const secondZ = xy * yz - b * xz;
-        double const thirdX = yz * xz - c * xy;
-        double const thirdY = c * a - xz * xz;
-        double const thirdZ = xz * xy - yz * a;
-        double const first = firstX * firstX + firstY * firstY + firstZ * firstZ;
-        double const second = secondX * secondX + secondY * secondY + secondZ * secondZ;
-        double const third = thirdX * thirdX + thirdY * thirdY + thirdZ * thirdZ;
-        // On a tie the second stays, and then what won against the first.
-        bool const isFirst = first > second;
-        double const longest = isFirst ? first : second;
-        bool const isThird = third > longest;
-        double const x = isThird ? thirdX : (isFirst ? firstX : secondX);
-        double const y = isThird ? thirdY : (isFirst ? firstY : secondY);
-        double const z = isThird ? thirdZ : (isFirst ? firstZ : secondZ);
-        double const length = std::sqrt(isThird ? third : longest);
-        double const towards = x * m_centroids[0][i] + y * m_centroids[1][i] + z * m_centroids[2][i];
+        Vector const across = AcrossRows(m, i, least);
+        double const length = std::sqrt(across.SquaredNorm());
+        double const towards =
+            across.x * m_centroids[0][i] + across.y * m_centroids[1][i] + across.z * m_centroids[2][i];
         double const divisor = (length == 0.0 ? 1.0 : length) * (towards > 0.0 ? -1.0 : 1.0);
-        m_normals[0][i] = x / divisor;
-        m_normals[1][i] = y / divisor;
-        m_normals[2][i] = z / divisor;
+        m_normals[0][i] = across.x / divisor;
+        m_normals[1][i] = across.y / divisor;
+        m_normals[2][i] = across.z / divisor;
     }
 }
 

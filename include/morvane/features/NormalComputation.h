@@ -159,8 +159,8 @@ public:
     /// @param outputOfResults takes the results
     /// @param leastPoints a plane needs more points than this
     NormalComputation_T(
-        int halfWidthOfWindow, cv::Mat const & depthImage, cv::Mat const & xImage, cv::Mat const & yImage,
-        cv::Mat const & zImage, Output & outputOfResults, int leastPoints);
+        int halfWidthOfWindow, cv::Mat const & depthImage, cv::Mat const & xImage, cv::Mat yImage, cv::Mat zImage,
+        Output & outputOfResults, int leastPoints);
     virtual ~NormalComputation_T();
     NormalComputation_T(NormalComputation_T const &) = delete;
     NormalComputation_T & operator=(NormalComputation_T const &) = delete;
@@ -168,16 +168,16 @@ public:
     /// Computes all normals and hands them to the output.
     virtual void Execute() = 0;
 
-    bool wrapColumns;      ///< the first column is a neighbour of the last: true until it is set
-    int halfWidth;         ///< largest radius
-    cv::Mat const * depth; ///< a point exists where it is not 0
-    cv::Mat const * x;     ///< X coordinates
-    cv::Mat y;             ///< Y coordinates
-    cv::Mat z;             ///< Z coordinates
-    int firstRadius;       ///< smallest radius of the searches: for 6 points 1, for 9 points 2
-    int windowWidth;       ///< 2 * halfWidth + 1
-    Output * output;       ///< not owned
-    int minPoints;         ///< a plane needs more points than this
+    bool wrapColumns = true; ///< the first column is a neighbour of the last: true until it is set
+    int halfWidth;           ///< largest radius
+    cv::Mat const * depth;   ///< a point exists where it is not 0
+    cv::Mat const * x;       ///< X coordinates
+    cv::Mat y;               ///< Y coordinates
+    cv::Mat z;               ///< Z coordinates
+    int firstRadius;         ///< smallest radius of the searches: for 6 points 1, for 9 points 2
+    int windowWidth = 0;     ///< 2 * halfWidth + 1
+    Output * output;         ///< not owned
+    int minPoints;           ///< a plane needs more points than this
 };
 
 /// One window for all pixels, moved along rows and columns: O(1) time for a pixel, whatever the radius.
@@ -291,7 +291,7 @@ public:
     NormalComputationWithMaxDepthWithFixedWidth(
         int halfWidthOfWindow, cv::Mat const & depthImage, cv::Mat const & xImage, cv::Mat const & yImage,
         cv::Mat const & zImage, RMSOutput_T<float> & outputOfResults, float depthDifference, float width,
-        float angleStep, int rowsWithHoles, int columnsWithHoles, cv::Mat const & mask, int leastPoints);
+        float angleStep, int rowsWithHoles, int columnsWithHoles, cv::Mat mask, int leastPoints);
     ~NormalComputationWithMaxDepthWithFixedWidth() override;
     NormalComputationWithMaxDepthWithFixedWidth(NormalComputationWithMaxDepthWithFixedWidth const &) = delete;
     NormalComputationWithMaxDepthWithFixedWidth &
