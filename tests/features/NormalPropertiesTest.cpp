@@ -46,12 +46,13 @@ PointCloud NoisyPlane(Random & random, cv::Size size, cv::Vec3d const & normal, 
     PointCloud cloud{
         cv::Mat(size, CV_8UC1, cv::Scalar(1)), cv::Mat(size, CV_64FC1), cv::Mat(size, CV_64FC1),
         cv::Mat(size, CV_64FC1)};
+    cv::Point const middle(size.width / 2, size.height / 2);
     for (int row = 0; row < size.height; ++row)
     {
         for (int column = 0; column < size.width; ++column)
         {
-            double const x = column - size.width / 2;
-            double const y = row - size.height / 2;
+            double const x = column - middle.x;
+            double const y = row - middle.y;
             double const z = 20.0 - (normal[0] * x + normal[1] * y) / normal[2];
             double const off = noise * (2.0 * random.Unit() - 1.0);
             cloud.x.at<double>(row, column) = x + off * normal[0];

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <opencv2/core.hpp>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>

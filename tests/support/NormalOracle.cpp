@@ -162,6 +162,7 @@ PointCloud RoughCloud(Random & random, cv::Size size, int type, CloudMixture con
     int const tiltX = random.Below(9) - 4;
     int const tiltY = random.Below(9) - 4;
     std::uint64_t const patches = random.Next();
+    cv::Point const middle(size.width / 2, size.height / 2);
     for (int row = 0; row < size.height; ++row)
     {
         for (int column = 0; column < size.width; ++column)
@@ -171,8 +172,8 @@ PointCloud RoughCloud(Random & random, cv::Size size, int type, CloudMixture con
             bool const isPoint = !random.Chance(mixture.emptyShare);
             if (isPoint) SetElement(cloud.depth, row, column, 0, 1 + random.Below(100));
             if (!isPoint && !random.Chance(mixture.strayShare)) continue;
-            double const x = (column - size.width / 2) / 4.0;
-            double const y = (row - size.height / 2) / 4.0;
+            double const x = (column - middle.x) / 4.0;
+            double const y = (row - middle.y) / 4.0;
             double const z = (x * tiltX + y * tiltY) / 4.0;
             SetElement(cloud.x, row, column, 0, mixture.centre[0] + x + (isFlat ? 0.0 : noise(4)));
             SetElement(cloud.y, row, column, 0, mixture.centre[1] + y + (isFlat ? 0.0 : noise(4)));
