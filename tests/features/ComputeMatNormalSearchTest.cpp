@@ -86,6 +86,20 @@ TEST(ComputeMatNormalSearch, WithoutAPlaneInTheFirstWindow_TheNextOneIsTheYardst
     EXPECT_NEAR(MiddleOf(cloud, Pyramid, 3), WindowOf(cloud, 3), 1e-6);
 }
 
+TEST(ComputeMatNormalSearch, Pyramid_LeavesWindowsThatAreOnlyAsGood)
+{
+    // Nine points alone: wider windows hold the same ones.
+    PointCloud cloud = Level(1.0, 1.0, 4.0, CV_32FC1);
+    cv::Mat const isOuter = cloud.depth.clone();
+    isOuter(cv::Rect(2, 2, 3, 3)).setTo(0.0);
+    for (cv::Mat * const image : {&cloud.depth, &cloud.x, &cloud.y, &cloud.z})
+    {
+        image->setTo(0.0, isOuter != 0.0);
+    }
+    EXPECT_EQ(MiddleOf(cloud, Pyramid, 3), 25.0);
+    EXPECT_NEAR(MiddleOf(cloud, PyramidWindowMoving, 3), WindowOf(cloud, 1), 1e-6);
+}
+
 TEST(ComputeMatNormalSearch, ComparesDistancesByTheNumberOfPointsOrItsRoot)
 {
     // Outside it is twice as rough: 25 points outweigh that, their root does not.
