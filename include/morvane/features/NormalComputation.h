@@ -43,7 +43,7 @@ namespace morvane
 
 /// The number itself.
 template <class T>
-struct Nonefuntion
+struct MORVANE_EXPORT Nonefuntion
 {
     /// @return @p value
     [[nodiscard]] T operator()(T value) const { return value; }
@@ -51,7 +51,7 @@ struct Nonefuntion
 
 /// The square root of a number.
 template <class T>
-struct Sqrtfuntion
+struct MORVANE_EXPORT Sqrtfuntion
 {
     /// @return the square root of @p value
     [[nodiscard]] T operator()(T value) const { return std::sqrt(value); }
@@ -59,7 +59,7 @@ struct Sqrtfuntion
 
 /// Where normals go.
 template <class T>
-class NormalOutput_T
+class MORVANE_EXPORT NormalOutput_T
 {
 public:
     NormalOutput_T() = default;
@@ -121,7 +121,7 @@ public:
 
 /// Where the results of NormalComputationWithMaxDepthWithFixedWidth go: callers derive their own.
 template <class T>
-class RMSOutput_T
+class MORVANE_EXPORT RMSOutput_T
 {
 public:
     RMSOutput_T() = default;
