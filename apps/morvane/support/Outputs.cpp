@@ -51,6 +51,15 @@ bool CanEncode(fs::path const & file)
     }
 }
 
+/// How an image is encoded. OpenCV takes three channels of floats in a TIFF for radiances, and would keep neither their
+/// signs nor their last digits; without compression it does.
+std::vector<int> EncodingOf(cv::Mat const & image)
+{
+    constexpr int kNoCompression = 1;
+    if (image.type() != CV_32FC3) return {};
+    return {cv::IMWRITE_TIFF_COMPRESSION, kNoCompression};
+}
+
 /// A name beside the file that nobody uses; the extension stays, as it chooses the encoder.
 fs::path TemporaryNameFor(fs::path const & file)
 {
@@ -121,7 +130,7 @@ void Outputs::Write(fs::path const & file, cv::Mat const & image)
         QuietStderr const quiet;
         try
         {
-            written = cv::imwrite(m_pending.back().temporary.string(), image);
+            written = cv::imwrite(m_pending.back().temporary.string(), image, EncodingOf(image));
         }
         catch (cv::Exception const &)
         {

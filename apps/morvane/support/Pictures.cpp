@@ -1,8 +1,11 @@
 #include "morvane/support/Pictures.h"
 
+#include "morvane/support/Planes.h"
 #include "morvane/support/ProgramError.h"
 
 #include <morvane/visual/ColorMaps.h>
+
+#include <opencv2/imgproc.hpp>
 
 #include <cstdint>
 
@@ -57,6 +60,16 @@ cv::Mat PictureOfZones(cv::Mat const & labels)
             if (row[x] > 0) colours[x] = ColourOfZone(row[x]);
         }
     }
+    return picture;
+}
+
+cv::Mat PictureOfNormals(cv::Mat const & normals)
+{
+    constexpr double kHalf = 127.5;
+    cv::Mat picture;
+    normals.convertTo(picture, CV_8U, kHalf, kHalf);
+    cv::cvtColor(picture, picture, cv::COLOR_RGB2BGR);
+    picture.setTo(cv::Scalar::all(0), ~IsAnyChannelSet(normals));
     return picture;
 }
 

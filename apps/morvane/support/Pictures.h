@@ -46,4 +46,10 @@ inline constexpr int kDistinctColours = 192 * 192 * 192;
 /// @return `CV_8UC3`
 [[nodiscard]] cv::Mat PictureOfZones(cv::Mat const & labels);
 
+/// The picture of surface normals: x, y, z from -1 to 1 as red, green, blue from 0 to 255, black where there is none.
+///
+/// @param normals `CV_32FC3`, of length 1, or 0 where there is none
+/// @return `CV_8UC3`
+[[nodiscard]] cv::Mat PictureOfNormals(cv::Mat const & normals);
+
 } // namespace program
