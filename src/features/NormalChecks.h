@@ -6,19 +6,26 @@
 
 #include <opencv2/core.hpp>
 
+#include <algorithm>
 #include <initializer_list>
 
 namespace morvane::normal_internals
 {
 
-/// 1 where a point exists, else 0; empty for what is no image of one channel and one of the six element types.
+/// 1 where a point exists, which a NaN counts as, else 0; empty for what is no image of one channel and one of the six element types.
 inline cv::Mat ValidityOf(cv::Mat const & depth)
 {
     if (!common::IsRaster(depth) || !common::IsSingleChannel(depth) || depth.empty()) return {};
     return common::VisitElement(depth, [&]<class T> {
-        cv::Mat validity;
-        cv::compare(depth, 0, validity, cv::CMP_NE);
-        validity.setTo(1.0, validity);
+        cv::Mat validity(depth.size(), CV_8UC1);
+        for (int row = 0; row < depth.rows; ++row)
+        {
+            // Not by OpenCV's comparison, for which a NaN is or is not a point by its place in the row.
+            T const * const values = depth.ptr<T>(row);
+            std::transform(values, values + depth.cols, validity.ptr(row), [](T value) {
+                return static_cast<uchar>(value != T{0} ? 1 : 0);
+            });
+        }
         return validity;
     });
 }

@@ -185,7 +185,8 @@ public:
 /// Above the first row, rows are mirrored; below the last, they are missing. Columns wrap around with `wrapColumns`,
 /// else they are missing too. Points are counted where `depth` is not 0, but coordinates are added up everywhere. The
 /// sums of products are those of the coordinates in double precision; running sums drift by rounding, which is
-/// accepted. One thread. Memory: 10 * (2 * radius + 4) rows of doubles.
+/// accepted. A NaN coordinate
+/// stays in the sums to its right and below it. One thread. Memory: 10 * (2 * radius + 4) rows of doubles.
 template <class T, class Output>
 class MORVANE_EXPORT NormalComputationWithWindowMoving_T : public NormalComputation_T<T, Output, Nonefuntion<double>>
 {

@@ -118,7 +118,8 @@ struct DirectionClassInfos
 /// @param height, mask see the table
 /// @param pixelSize distance of neighbouring pixels, above 0, in the unit of `height`
 /// @param kernelSize side of the square that fills, in pixels, from 1 on
-/// @param normals, rms as for ComputeMatNormal(), of the type of the table
+/// @param normals, rms as for ComputeMatNormal(), of the type of the table; where `normals` was there before, a pixel
+///        without a plane gets the slope of its old normal
 /// @param slope replaced
 /// @return true when all was written; false, with the outputs untouched, when `height` or `mask` is empty or has
 ///         another type, sizes differ, `pixelSize` is not above 0, `kernelSize` is 0 or exceeds an int; false as
@@ -144,7 +145,7 @@ struct DirectionClassInfos
 ///
 /// @param depth see the table
 /// @param normals replaced
-/// @param focalLength in pixels; with 0, quotients are infinite or NaN, and so are normals
+/// @param focalLength in pixels; with 0, tangents are infinite or NaN, and normals are 0 or NaN
 /// @param principalPoint where the optical axis meets the image, in pixels; looked at with `perspective` only
 /// @param step distance of the pixels that are compared, from 0 on
 /// @param perspective whether rays meet in a point; else they are parallel
