@@ -54,12 +54,12 @@ Eigenvalues EigenvaluesOf(Matrices const & m)
     Eigenvalues values{};
     for (std::size_t i = 0; i < PlaneBatch::kSize; ++i)
     {
-        double const mean = (m.xx[i] + m.yy[i] + m.zz[i]) / 3.0;
+        double const mean = (m.xx[i] + m.yy[i] + m.zz[i]) * (1.0 / 3.0);
         double const a = m.xx[i] - mean;
         double const b = m.yy[i] - mean;
         double const c = m.zz[i] - mean;
         double const off = m.xy[i] * m.xy[i] + m.xz[i] * m.xz[i] + m.yz[i] * m.yz[i];
-        double const spread = std::sqrt((a * a + b * b + c * c + 2.0 * off) / 6.0);
+        double const spread = std::sqrt((a * a + b * b + c * c + 2.0 * off) * (1.0 / 6.0));
         double const determinant = a * (b * c - m.yz[i] * m.yz[i]) - m.xy[i] * (m.xy[i] * c - m.yz[i] * m.xz[i]) +
                                    m.xz[i] * (m.xy[i] * m.yz[i] - b * m.xz[i]);
         double const r = determinant / (2.0 * spread * spread * spread);
@@ -140,10 +140,10 @@ void PlaneBatch::Solve()
         double const length = std::sqrt(across.SquaredNorm());
         double const towards =
             across.x * m_centroids[0][i] + across.y * m_centroids[1][i] + across.z * m_centroids[2][i];
-        double const divisor = (length == 0.0 ? 1.0 : length) * (towards > 0.0 ? -1.0 : 1.0);
-        m_normals[0][i] = across.x / divisor;
-        m_normals[1][i] = across.y / divisor;
-        m_normals[2][i] = across.z / divisor;
+        double const scale = (towards > 0.0 ? -1.0 : 1.0) / (length == 0.0 ? 1.0 : length);
+        m_normals[0][i] = across.x * scale;
+        m_normals[1][i] = across.y * scale;
+        m_normals[2][i] = across.z * scale;
     }
 }
 

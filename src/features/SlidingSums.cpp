@@ -27,6 +27,22 @@ void Combine(WindowTotals & totals, WindowTotals const & row, Operation const & 
     CombineRows(totals.sums.data(), row.sums.data(), row.sums.size(), operation);
 }
 
+template <class E>
+void ReplaceRows(E * __restrict totals, E const * __restrict entering, E const * __restrict leaving, std::size_t length)
+{
+    for (std::size_t i = 0; i < length; ++i)
+    {
+        totals[i] = totals[i] + entering[i] - leaving[i];
+    }
+}
+
+/// Adds a row to totals and subtracts another, in one pass.
+void Replace(WindowTotals & totals, WindowTotals const & entering, WindowTotals const & leaving)
+{
+    ReplaceRows(totals.counts.data(), entering.counts.data(), leaving.counts.data(), totals.counts.size());
+    ReplaceRows(totals.sums.data(), entering.sums.data(), leaving.sums.data(), totals.sums.size());
+}
+
 /// Writes the columns beyond the ends of a row: those of the other end, or 0.
 ///
 /// @param padded @p radius columns, then @p cols of the row, then @p radius + 1 more
@@ -129,11 +145,14 @@ void SlidingSums<T>::Advance()
     if (m_entering < m_cloud.x.rows)
     {
         SumRow(m_entering, m_ring[m_writeIndex]);
-        Combine(m_totals, m_ring[m_writeIndex], std::plus<>());
+        Replace(m_totals, m_ring[m_writeIndex], m_ring[m_readIndex]);
         m_writeIndex = Next(m_writeIndex);
         ++m_entering;
     }
-    Combine(m_totals, m_ring[m_readIndex], std::minus<>());
+    else
+    {
+        Combine(m_totals, m_ring[m_readIndex], std::minus<>());
+    }
     m_readIndex = Next(m_readIndex);
 }
 

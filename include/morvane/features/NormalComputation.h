@@ -63,7 +63,9 @@ class MORVANE_EXPORT NormalOutput_T
 {
 public:
     NormalOutput_T() = default;
+    /// Copies.
     NormalOutput_T(NormalOutput_T const &) = default;
+    /// Copies.
     NormalOutput_T & operator=(NormalOutput_T const &) = default;
 
     /// Takes a normal.
@@ -125,7 +127,9 @@ class MORVANE_EXPORT RMSOutput_T
 {
 public:
     RMSOutput_T() = default;
+    /// Copies.
     RMSOutput_T(RMSOutput_T const &) = default;
+    /// Copies.
     RMSOutput_T & operator=(RMSOutput_T const &) = default;
 
     /// Takes the result of a pixel.
