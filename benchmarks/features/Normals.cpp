@@ -8,7 +8,7 @@
 #include <cmath>
 #include <cstdint>
 #include <string>
-#include <utility>
+#include <vector>
 
 namespace
 {
@@ -83,24 +83,18 @@ void TimeMethod(std::string const & name, int side, int threads, eNormalComputat
         });
 }
 
-/// The nearest operators of OpenCV: least squares in spherical coordinates, and differences of depth.
-void TimePeers(int side)
+/// The nearest operator of OpenCV: least squares in spherical coordinates, without a measure of how well a plane fits.
+void TimePeer(int side)
 {
     cv::Matx33f const camera(
         kFocalLength, 0.0F, static_cast<float>(OfSide(side).width) / 2.0F, 0.0F, kFocalLength,
         static_cast<float>(side) / 2.0F, 0.0F, 0.0F, 1.0F);
-    std::pair<std::string, int> const methods[] = {
-        {"OpenCV FALS", cv::rgbd::RgbdNormals::RGBD_NORMALS_METHOD_FALS},
-        {"OpenCV LINEMOD", cv::rgbd::RgbdNormals::RGBD_NORMALS_METHOD_LINEMOD}};
-    for (auto const & [name, method] : methods)
-    {
-        cv::Ptr<cv::rgbd::RgbdNormals> const peer =
-            cv::rgbd::RgbdNormals::create(side, OfSide(side).width, CV_32F, camera, 7, method);
-        peer->initialize();
-        TimeOnCloud(
-            "Normals/" + name + "/radius 3", side, 1,
-            [peer](Cloud const & cloud, cv::Mat & normals, cv::Mat & /*rms*/) { (*peer)(cloud.points, normals); });
-    }
+    cv::Ptr<cv::rgbd::RgbdNormals> const peer = cv::rgbd::RgbdNormals::create(
+        side, OfSide(side).width, CV_32F, camera, 7, cv::rgbd::RgbdNormals::RGBD_NORMALS_METHOD_FALS);
+    peer->initialize();
+    TimeOnCloud(
+        "Normals/OpenCV FALS/radius 3", side, 1,
+        [peer](Cloud const & cloud, cv::Mat & normals, cv::Mat & /*rms*/) { (*peer)(cloud.points, normals); });
 }
 
 [[maybe_unused]] bool const registered = [] {
@@ -110,7 +104,7 @@ void TimePeers(int side)
         TimeMethod("morvane", side, 1, WindowMoving, 15);
         TimeMethod("morvane pyramid", side, 2, Pyramid, 5);
         TimeMethod("morvane search", side, 2, PyramidWindowMoving, 5);
-        TimePeers(side);
+        TimePeer(side);
     }
     TimeOnCloud(
         "EstimateNormals/morvane/perspective", 1080, 1, [](Cloud const & cloud, cv::Mat & normals, cv::Mat & /*rms*/) {
