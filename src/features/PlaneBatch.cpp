@@ -111,7 +111,6 @@ inline Vector AcrossRows(Matrices const & m, std::size_t i, double eigenvalue)
 
 void PlaneBatch::Solve()
 {
-    constexpr double kLeastEigenvalue = 0.0001;
     Matrices m{};
     for (std::size_t i = 0; i < kSize; ++i)
     {

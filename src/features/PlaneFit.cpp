@@ -13,9 +13,6 @@ namespace
 
 using Vector = std::array<double, 3>;
 
-/// Planes that fit better than this have no normal, on purpose.
-constexpr double kLeastEigenvalue = 0.0001;
-
 Vector Cross(Vector const & a, Vector const & b)
 {
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};

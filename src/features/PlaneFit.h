@@ -11,6 +11,9 @@
 namespace morvane::normal_internals
 {
 
+/// Planes that fit better than this have no normal, on purpose.
+inline constexpr double kLeastEigenvalue = 0.0001;
+
 /// The sums over the points of a window.
 struct PointSums
 {

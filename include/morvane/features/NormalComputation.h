@@ -11,7 +11,7 @@
 ///
 /// | array            | shape       | depths               | channels | values |
 /// |------------------|-------------|----------------------|----------|--------|
-/// | `depth`          | rows x cols | any but `CV_16F`     | 1        | not 0 where a point exists |
+/// | `depth`          | rows x cols | any but `CV_8S` and `CV_16F` | 1 | not 0 where a point exists, NaN included |
 /// | `x`, `y`, `z`    | rows x cols | `CV_32F` or `CV_64F`, that of the class | 1 | coordinates in any unit; 0 where no point exists |
 ///
 /// A window has a plane when it holds more than `minPoints` points, when the smallest eigenvalue is not below 0.0001
@@ -23,8 +23,8 @@
 /// coordinates, and an entry of the covariance (N * sum of products - product of sums) * weight * weight, in double
 /// precision.
 ///
-/// An object lives for one Execute(). The images and the output are borrowed: they must outlive it. Where `x`, `y` or
-/// `z` have another type or size than stated, Execute() does nothing. It throws std::bad_alloc or cv::Exception when
+/// An object lives for one Execute(). The images and the output are borrowed: they must outlive it. Where an image
+/// has another type or size than stated, Execute() does nothing. It throws std::bad_alloc or cv::Exception when
 /// memory runs out.
 ///
 /// Source: H. Hoppe et al., "Surface reconstruction from unorganized points", SIGGRAPH 1992; S. Holzer et al.,

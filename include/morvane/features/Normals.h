@@ -71,7 +71,7 @@ struct DirectionClassInfos
 ///
 /// | array          | shape       | depths                          | channels | values |
 /// |----------------|-------------|---------------------------------|----------|--------|
-/// | `depth`        | rows x cols | any but `CV_16F`                | 1        | not 0 where a point exists |
+/// | `depth`        | rows x cols | any but `CV_8S` and `CV_16F`    | 1        | not 0 where a point exists, NaN included |
 /// | `x`, `y`, `z`  | rows x cols | `CV_32F` or `CV_64F`, all alike | 1        | coordinates; 0 where no point exists |
 /// | `normals`      | rows x cols | that of `x`                     | 3        | unit vectors towards the origin |
 /// | `rms`          | rows x cols | that of `x`                     | 1        | in the unit of the coordinates; 25 without a plane |
