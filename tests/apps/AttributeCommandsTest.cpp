@@ -1,6 +1,6 @@
 // The commands on attributes: attribute-open and ultimate-open.
 
-#include "ProgramFixture.h"
+#include "apps/ProgramFixture.h"
 
 #include "support/ImageLiterals.h"
 

@@ -161,7 +161,7 @@ TEST(ComputeMatNormal, CountsPointsOnlyButAddsAllCoordinates)
     tests::WindowSums const sums = tests::OracleMovingSums(call.cloud, {3, 3}, 1, false);
     tests::OraclePlane const plane = tests::OracleFit(sums, 8);
     EXPECT_EQ(sums.count, 8);
-    bool const isPlane = plane.answer == tests::Answer::Plane;
+    bool const isPlane = plane.answer == tests::PlaneAnswer::Plane;
     EXPECT_NEAR(call.rms.at<float>(3, 3), isPlane ? plane.rms : 25.0, 1e-6);
     EXPECT_NE(call.rms.at<float>(3, 3), with);
 }

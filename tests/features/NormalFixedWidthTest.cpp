@@ -17,9 +17,9 @@ namespace morvane
 namespace
 {
 
-using tests::Answer;
 using tests::FixedWidth;
 using tests::FixedWidthResult;
+using tests::PlaneAnswer;
 using tests::PointCloud;
 using tests::Random;
 
@@ -120,8 +120,8 @@ int ExpectOracle(Scene const & scene)
         EXPECT_LE(cv::norm(given.centroid - plane.centroid), 1e-12) << given.pixel;
         EXPECT_EQ(given.score, given.rms);
         EXPECT_EQ(given.flag, 0);
-        if (plane.answer == Answer::Open) continue;
-        bool const isPlane = plane.answer == Answer::Plane;
+        if (plane.answer == PlaneAnswer::Open) continue;
+        bool const isPlane = plane.answer == PlaneAnswer::Plane;
         cv::Vec3d const normal = isPlane ? plane.normal : cv::Vec3d();
         cv::Vec3d const other = plane.isSideOpen ? -normal : normal;
         EXPECT_LE(std::min(cv::norm(given.normal - normal), cv::norm(given.normal - other)), 1e-6) << given.pixel;

@@ -173,9 +173,9 @@ TEST(SolvePlane, AgreesWithAnIteration)
         cv::Matx33d const covariance = spread * spread.t();
         cv::Vec3d const centroid(random.Unit() - 0.5, random.Unit() - 0.5, random.Unit() - 0.5);
         tests::OraclePlane const expected = tests::OracleSolve(centroid, covariance);
-        if (expected.answer == tests::Answer::Open || expected.isSideOpen) continue;
+        if (expected.answer == tests::PlaneAnswer::Open || expected.isSideOpen) continue;
         auto const actual = Solve(covariance, centroid);
-        ASSERT_EQ(actual.has_value(), expected.answer == tests::Answer::Plane);
+        ASSERT_EQ(actual.has_value(), expected.answer == tests::PlaneAnswer::Plane);
         if (!actual.has_value()) continue;
         ++planes;
         ASSERT_LE(cv::norm(actual->normal - expected.normal), 1e-6);

@@ -60,8 +60,8 @@ Search SearchIntegral(PointCloud const & cloud, cv::Point pixel, NormalSettings 
         WindowSums const sums = OracleCutSums(cloud, pixel, radius);
         if (sums.count <= settings.minPoints) continue;
         OraclePlane const plane = OracleFit(sums, sums.count);
-        search.isOpen |= plane.answer == Answer::Open;
-        if (plane.answer != Answer::Plane) continue;
+        search.isOpen |= plane.answer == PlaneAnswer::Open;
+        if (plane.answer != PlaneAnswer::Plane) continue;
         double const score = plane.rms * (1.0 / plane.count);
         search.isOpen |= !isFirst && AreClose(score, best);
         if (!isFirst && score < best) search.Write(plane);
@@ -82,8 +82,8 @@ Search SearchMoving(PointCloud const & cloud, cv::Point pixel, NormalSettings co
         WindowSums const sums = OracleMovingSums(cloud, pixel, radius, settings.wrapColumns);
         if (sums.count <= settings.minPoints) continue;
         OraclePlane const plane = OracleFit(sums, sums.count);
-        search.isOpen |= plane.answer == Answer::Open;
-        if (plane.answer != Answer::Plane) continue;
+        search.isOpen |= plane.answer == PlaneAnswer::Open;
+        if (plane.answer != PlaneAnswer::Plane) continue;
         double const share = 1.0 / plane.count;
         double const score = plane.rms * (settings.method == 3 ? std::sqrt(share) : share);
         search.isOpen |= AreClose(score, best);
@@ -106,8 +106,8 @@ Search FitMoving(PointCloud const & cloud, cv::Point pixel, NormalSettings const
         WindowSums const sums = OracleMovingSums(cloud, pixel, radius, settings.wrapColumns);
         if (sums.count <= settings.minPoints) continue;
         OraclePlane const plane = OracleFit(sums, sums.count);
-        search.isOpen = plane.answer == Answer::Open;
-        if (plane.answer == Answer::Plane) search.Write(plane);
+        search.isOpen = plane.answer == PlaneAnswer::Open;
+        if (plane.answer == PlaneAnswer::Plane) search.Write(plane);
     }
     return search;
 }
@@ -243,7 +243,7 @@ OraclePlane OracleSolve(cv::Vec3d const & centroid, cv::Matx33d const & covarian
     bool const isDouble = values[1] - least <= 1e-5 * values[0];
     double const slack = 1e-13 + (isDouble ? 1e-7 : 1e-13) * values[0];
     if (0.0001 - slack > least) return plane;
-    plane.answer = isDouble || 0.0001 + slack > least ? Answer::Open : Answer::Plane;
+    plane.answer = isDouble || 0.0001 + slack > least ? PlaneAnswer::Open : PlaneAnswer::Plane;
     cv::Matx33d const rest = covariance - least * cv::Matx33d::eye();
     cv::Vec3d const row0(rest(0, 0), rest(0, 1), rest(0, 2));
     cv::Vec3d const row1(rest(1, 0), rest(1, 1), rest(1, 2));

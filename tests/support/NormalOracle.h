@@ -57,7 +57,7 @@ struct WindowSums
 [[nodiscard]] WindowSums OracleCutSums(PointCloud const & cloud, cv::Point pixel, int radius);
 
 /// What is known of a plane.
-enum class Answer
+enum class PlaneAnswer
 {
     None, ///< there is none
     Plane,
@@ -67,7 +67,7 @@ enum class Answer
 /// The plane of a window.
 struct OraclePlane
 {
-    Answer answer = Answer::None;
+    PlaneAnswer answer = PlaneAnswer::None;
     bool isSideOpen = false; ///< the origin lies in the plane: the normal may point either way
     int count = 0;
     cv::Vec3d centroid;
