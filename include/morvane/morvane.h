@@ -3,10 +3,16 @@
 #pragma once
 
 #include <morvane/Export.h>
+#include <morvane/algorithm/Filling.h>
+#include <morvane/algorithm/ImageUtilities.h>
+#include <morvane/algorithm/RegionGrowing.h>
+#include <morvane/algorithm/WatershedSegmentation.h>
 #include <morvane/common/Attributes.h>
 #include <morvane/common/Criterion.h>
+#include <morvane/common/Graph.h>
 #include <morvane/common/ImageCompare.h>
 #include <morvane/common/PixelTypes.h>
+#include <morvane/connexity/AccumulatorZones.h>
 #include <morvane/connexity/AttributeOpening.h>
 #include <morvane/connexity/Conditions.h>
 #include <morvane/connexity/ConnectedZoneScan.h>
@@ -16,6 +22,7 @@
 #include <morvane/connexity/MaxTree.h>
 #include <morvane/connexity/RegionalExtrema.h>
 #include <morvane/connexity/UltimateAttributeOpening.h>
+#include <morvane/connexity/ZoneGraph.h>
 #include <morvane/connexity/ZoneMeasures.h>
 #include <morvane/features/NormalComputation.h>
 #include <morvane/features/Normals.h>

@@ -24,7 +24,8 @@ namespace morvane::connexity
 ///
 /// Derive from it to write a condition of one's own. A walk calls Reset() before each zone, Add() for each pixel that
 /// enters the zone, the seed first, and IsConnected() for each neighbour of each pixel of the zone that lies inside the
-/// image, also for neighbours that the zone already holds; a walk that passes over empty pixels does not ask about them.
+/// image, also for neighbours that the zone already holds; a walk that passes over empty pixels does not ask about
+/// them.
 ///
 /// @tparam T element type of the walked image
 template <common::Element T>
@@ -179,6 +180,60 @@ private:
     T m_delta;
 };
 
+/// What the values of an accumulator zone are summed in: `int` for the integer types, otherwise the type itself.
+template <common::Element T>
+using AccumulatedSum = std::conditional_t<std::integral<T>, int, T>;
+
+/// A step is allowed while the neighbour's value plus the zone's sum so far is below a budget: the zones depend on the
+/// order of growth.
+///
+/// The sum is read when the question is asked, and takes in the seed's value without one. In `int` it wraps. NaN never
+/// joins, and nothing joins a NaN.
+///
+/// @tparam T element type of the walked image
+template <common::Element T>
+class AccumulatorConnected : public AlwaysConnected<T>
+{
+public:
+    /// What is summed, and what bounds it.
+    using Sum = AccumulatedSum<T>;
+
+    /// @param budget bound of the sum, exclusive; for integer types cut to an `int` (see common::TruncateTo()), for
+    ///        `float` rounded
+    explicit AccumulatorConnected(double budget)
+        : m_budget(common::TruncateTo<Sum>(budget))
+    {}
+
+    /// The sum becomes 0.
+    void Reset() override { m_sum = 0; }
+
+    /// @copydoc AlwaysConnected::IsConnected
+    [[nodiscard]] bool IsConnected(cv::Point const &, T, cv::Point const &, T toValue, cv::Point const &, T) override
+    {
+        return SumWith(toValue) < m_budget;
+    }
+
+    /// The value is added to the sum.
+    void Add(cv::Point const &, T value) override { m_sum = SumWith(value); }
+
+private:
+    [[nodiscard]] Sum SumWith(T value) const
+    {
+        if constexpr (std::integral<T>)
+        {
+            // Unsigned, so that the wrap-around is defined.
+            return common::WrapTo<int>(static_cast<unsigned>(static_cast<int>(value)) + static_cast<unsigned>(m_sum));
+        }
+        else
+        {
+            return value + m_sum;
+        }
+    }
+
+    Sum m_sum = 0;
+    Sum m_budget;
+};
+
 /// The root of all conditions on images of two to four channels; AlwaysConnected with a pixel vector in place of a
 /// value.
 ///
@@ -239,8 +294,9 @@ public:
 /// The Euclidean distance of two pixel vectors, exactly as `cv::norm(one, other, cv::NORM_L2)` computes it.
 ///
 /// The differences are taken in the element type (`int` wraps, `float` rounds), their squares are summed in double from
-/// the first channel to the last. Where a caller's compiler is allowed to fuse multiplication and addition (GCC and Clang
-/// for machines that have the instruction, without `-ffp-contract=off`), the last bit may differ in his own walks.
+/// the first channel to the last. Where a caller's compiler is allowed to fuse multiplication and addition (GCC and
+/// Clang for machines that have the instruction, without `-ffp-contract=off`), the last bit may differ in his own
+/// walks.
 template <common::Element T, int N>
 [[nodiscard]] inline double EuclideanDistance(cv::Vec<T, N> const & one, cv::Vec<T, N> const & other)
 {
