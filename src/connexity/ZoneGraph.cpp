@@ -81,9 +81,9 @@ private:
         for (std::size_t index = 0; index < m_neighbourhood.Count(); ++index)
         {
             cv::Point const offset = m_neighbourhood.Offset(index);
-            int const otherY = y + offset.y;
+            std::int64_t const otherY = std::int64_t{y} + offset.y;
             if (otherY < 0 || otherY >= m_labels->rows) continue;
-            int const * const other = m_labels->ptr<int>(otherY);
+            int const * const other = m_labels->ptr<int>(static_cast<int>(otherY));
             uchar * const differs = m_differs.data();
             for (int x = reach; x < columns - reach; ++x)
             {
@@ -96,13 +96,11 @@ private:
     {
         for (std::size_t index = 0; index < m_neighbourhood.Count(); ++index)
         {
-            cv::Point to = from + m_neighbourhood.Offset(index);
-            if (to.y < 0 || to.y >= m_labels->rows) continue;
-            if (to.x < 0 || to.x >= m_labels->cols)
-            {
-                if (!m_neighbourhood.WrapsInX()) continue;
-                to.x = common::OppositeEdgeColumn(to.x, m_labels->cols);
-            }
+            common::FarPoint const neighbour = common::FarNeighbour(from, m_neighbourhood.Offset(index));
+            if (neighbour.y < 0 || neighbour.y >= m_labels->rows) continue;
+            bool const isBeside = neighbour.x < 0 || neighbour.x >= m_labels->cols;
+            if (isBeside && !m_neighbourhood.WrapsInX()) continue;
+            cv::Point const to(common::OppositeEdgeColumn(neighbour.x, m_labels->cols), static_cast<int>(neighbour.y));
             int const other = m_labels->ptr<int>(to.y)[to.x];
             if (other < 1 || other == label || !m_asks(from, to)) continue;
             if (m_pairs.Insert(label, other))
