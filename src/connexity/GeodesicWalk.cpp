@@ -128,7 +128,7 @@ std::span<cv::Point const> GeodesicWalk::Reach(cv::Point const & start)
     return m_queue;
 }
 
-void GeodesicWalk::Visit(cv::Point const & from, int label)
+void GeodesicWalk::Visit(cv::Point from, int label)
 {
     common::Neighbourhood const & neighbourhood = m_plane->m_neighbourhood;
     auto const take = [&](cv::Point const & to, int toLabel, uchar & visited) {

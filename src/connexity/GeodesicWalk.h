@@ -68,7 +68,8 @@ private:
     };
 
     [[nodiscard]] Farthest FindFarthest(cv::Point const & start);
-    void Visit(cv::Point const & from, int label);
+    /// @param from by value: the queue may move
+    void Visit(cv::Point from, int label);
 
     WalkPlane * m_plane;
     std::vector<cv::Point> m_queue;
