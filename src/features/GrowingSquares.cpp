@@ -5,7 +5,12 @@
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
+#include <array>
 #include <concepts>
+#include <cstddef>
+#include <limits>
+#include <utility>
+#include <vector>
 
 namespace morvane::features
 {
@@ -16,6 +21,12 @@ namespace
 struct Greater
 {
     template <class T>
+    static T Neutral()
+    {
+        return std::numeric_limits<T>::lowest();
+    }
+
+    template <class T>
     T operator()(T one, T other) const
     {
         return std::max(one, other);
@@ -24,6 +35,12 @@ struct Greater
 
 struct Smaller
 {
+    template <class T>
+    static T Neutral()
+    {
+        return std::numeric_limits<T>::max();
+    }
+
     template <class T>
     T operator()(T one, T other) const
     {
@@ -34,6 +51,7 @@ struct Smaller
 template <class T, class Select>
 void SelectRow(T const * one, T const * other, T * out, int columns, Select select)
 {
+    // In place or apart: forwards, nothing is read after it was written.
     for (int x = 0; x < columns; ++x)
     {
         out[x] = select(one[x], other[x]);
@@ -44,14 +62,18 @@ void SelectRow(T const * one, T const * other, T * out, int columns, Select sele
 ///
 /// Rows are taken in blocks as high as the window. A window is the end of one block and the start of the next; what these
 /// hold is known from one pass down and one pass up each block.
+///
+/// @param fromStart memory for the one
+/// @param toEnd memory for the other
 template <class T, class Select>
-void SelectInColumns(cv::Mat const & src, cv::Mat & dst, int radius, Select select)
+void SelectInColumns(
+    cv::Mat const & src, cv::Mat & dst, int radius, Select select, cv::Mat & fromStart, cv::Mat & toEnd)
 {
     int const rows = src.rows;
     int const columns = src.cols;
     int const block = 2 * radius + 1;
-    cv::Mat fromStart = src.clone();
-    cv::Mat toEnd = src.clone();
+    src.copyTo(fromStart);
+    src.copyTo(toEnd);
     for (int y = 1; y < rows; ++y)
     {
         if (y % block == 0) continue;
@@ -79,39 +101,50 @@ void SelectInColumns(cv::Mat const & src, cv::Mat & dst, int radius, Select sele
     }
 }
 
-template <class Select>
-void SelectInSquares(cv::Mat const & src, cv::Mat & dst, int radius, Select select)
+/// The same over the columns within a radius of each pixel of a row, in place.
+///
+/// Windows double until the next would be too wide; two of the last make the window.
+///
+/// @param neutral what is never selected, beyond the row
+template <class T, class Select>
+void SelectInRow(T * row, int columns, int radius, Select select, T neutral, std::array<std::vector<T>, 2> & memory)
 {
-    common::VisitElement(src, [&]<class T> {
-        if constexpr (std::integral<T>)
-        {
-            cv::Mat columns;
-            SelectInColumns<T>(src, columns, radius, select);
-            cv::Mat turned;
-            cv::transpose(columns, turned);
-            SelectInColumns<T>(turned, columns, radius, select);
-            cv::transpose(columns, dst);
-        }
-        return true;
-    });
+    std::size_t const window = 2 * static_cast<std::size_t>(radius) + 1;
+    std::size_t total = static_cast<std::size_t>(columns) + window - 1;
+    for (std::vector<T> & buffer : memory)
+    {
+        buffer.resize(total);
+    }
+    T * selected = memory[0].data();
+    T * next = memory[1].data();
+    std::fill_n(selected, radius, neutral);
+    std::copy_n(row, columns, selected + radius);
+    std::fill_n(selected + radius + columns, radius, neutral);
+    std::size_t width = 1;
+    for (; 2 * width <= window; width *= 2)
+    {
+        total -= width;
+        SelectRow(selected, selected + width, next, static_cast<int>(total), select);
+        std::swap(selected, next);
+    }
+    SelectRow(selected, selected + (window - width), row, columns, select);
 }
 
-/// One of OpenCV's two filters by a square of 3 pixels.
-cv::Mat Filtered(cv::Mat const & image, int operation)
+/// One of OpenCV's two filters by a square of 3 pixels, in place.
+void Filter(cv::Mat & image, int operation, cv::Mat & memory)
 {
     cv::Mat const square = cv::getStructuringElement(cv::MORPH_RECT, cv::Size(3, 3));
-    cv::Mat filtered;
     cv::morphologyEx(
-        image, filtered, operation, square, cv::Point(-1, -1), 1, cv::BORDER_CONSTANT | cv::BORDER_ISOLATED,
+        image, memory, operation, square, cv::Point(-1, -1), 1, cv::BORDER_CONSTANT,
         cv::morphologyDefaultBorderValue());
-    return filtered;
+    cv::swap(image, memory);
 }
 
 } // namespace
 
 GrowingSquares::GrowingSquares(cv::Mat const & image)
-    : m_eroded(image)
-    , m_dilated(image)
+    : m_eroded(image.clone())
+    , m_dilated(m_eroded.clone())
 {}
 
 bool GrowingSquares::AreExact() const
@@ -120,12 +153,10 @@ bool GrowingSquares::AreExact() const
     return depth == CV_8U || depth == CV_16U || depth == CV_16S;
 }
 
-void GrowingSquares::ErodeAndDilate(cv::Mat & eroded, cv::Mat & dilated)
+void GrowingSquares::ErodeAndDilate()
 {
-    m_eroded = Filtered(m_eroded, cv::MORPH_ERODE);
-    m_dilated = Filtered(m_dilated, cv::MORPH_DILATE);
-    eroded = m_eroded;
-    dilated = m_dilated;
+    Filter(m_eroded, cv::MORPH_ERODE, m_memory);
+    Filter(m_dilated, cv::MORPH_DILATE, m_memory);
 }
 
 void GrowingSquares::Open(int operation, cv::Mat & dst)
@@ -133,14 +164,31 @@ void GrowingSquares::Open(int operation, cv::Mat & dst)
     ++m_radius;
     if (operation == cv::MORPH_OPEN)
     {
-        m_eroded = Filtered(m_eroded, cv::MORPH_ERODE);
-        SelectInSquares(m_eroded, dst, m_radius, Greater());
+        Filter(m_eroded, cv::MORPH_ERODE, m_memory);
+        SelectInSquares(m_eroded, dst, Greater());
     }
     else
     {
-        m_dilated = Filtered(m_dilated, cv::MORPH_DILATE);
-        SelectInSquares(m_dilated, dst, m_radius, Smaller());
+        Filter(m_dilated, cv::MORPH_DILATE, m_memory);
+        SelectInSquares(m_dilated, dst, Smaller());
     }
+}
+
+template <class Select>
+void GrowingSquares::SelectInSquares(cv::Mat const & src, cv::Mat & dst, Select select)
+{
+    common::VisitElement(src, [&]<class T> {
+        if constexpr (std::integral<T>)
+        {
+            SelectInColumns<T>(src, dst, m_radius, select, m_fromStart, m_toEnd);
+            std::array<std::vector<T>, 2> memory;
+            for (int y = 0; y < dst.rows; ++y)
+            {
+                SelectInRow(dst.ptr<T>(y), dst.cols, m_radius, select, Select::template Neutral<T>(), memory);
+            }
+        }
+        return true;
+    });
 }
 
 } // namespace morvane::features

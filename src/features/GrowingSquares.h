@@ -24,8 +24,12 @@ public:
     /// and -0.0, or of NaN and a number, the order of comparisons would decide.
     [[nodiscard]] bool AreExact() const;
 
-    /// The erosion and the dilation by the next square.
-    void ErodeAndDilate(cv::Mat & eroded, cv::Mat & dilated);
+    /// Goes on to the erosion and the dilation by the next square.
+    void ErodeAndDilate();
+
+    /// What ErodeAndDilate() has led to, until the next call.
+    [[nodiscard]] cv::Mat const & Eroded() const { return m_eroded; }
+    [[nodiscard]] cv::Mat const & Dilated() const { return m_dilated; }
 
     /// The opening or the closing by the next square.
     ///
@@ -33,9 +37,16 @@ public:
     void Open(int operation, cv::Mat & dst);
 
 private:
+    template <class Select>
+    void SelectInSquares(cv::Mat const & src, cv::Mat & dst, Select select);
+
     cv::Mat m_eroded;
     cv::Mat m_dilated;
     int m_radius = 0;
+    // Memory, kept from step to step: to get it anew takes as long as the filters.
+    cv::Mat m_memory;
+    cv::Mat m_fromStart;
+    cv::Mat m_toEnd;
 };
 
 } // namespace morvane::features

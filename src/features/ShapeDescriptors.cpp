@@ -141,20 +141,24 @@ bool MorphologicalFractalDimension(cv::Mat const & src, std::vector<double> & cu
     curve.reserve(static_cast<std::size_t>(largest));
     cv::Mat eroded;
     cv::Mat dilated;
+    cv::Mat difference;
     GrowingSquares squares(src);
     for (int i = 1; i < largest; ++i)
     {
         int const size = 2 * i + 1;
         if (shape == cv::MORPH_RECT && squares.AreExact())
         {
-            squares.ErodeAndDilate(eroded, dilated);
+            squares.ErodeAndDilate();
+            eroded = squares.Eroded();
+            dilated = squares.Dilated();
         }
         else
         {
             Filter(src, eroded, cv::MORPH_ERODE, Element(shape, size));
             Filter(src, dilated, cv::MORPH_DILATE, Element(shape, size));
         }
-        curve.push_back(Sum(dilated - eroded) / size);
+        cv::subtract(dilated, eroded, difference);
+        curve.push_back(Sum(difference) / size);
         if (Sum(eroded) == pixels * minimum || Sum(dilated) == pixels * maximum) break;
     }
     return true;
