@@ -76,7 +76,8 @@ public:
         , m_mask(&mask)
         , m_neighbourhood(connexity::NeighbourhoodOver(connexity::Connexity(type), image.size()))
         , m_imageOffsets(m_neighbourhood.LinearOffsets(image))
-        , m_maskOffsets(m_neighbourhood.LinearOffsets(mask))
+        // Of several channels, elements are meant, not pixels.
+        , m_maskOffsets(m_neighbourhood.LinearOffsets(mask.reshape(1)))
     {}
 
     T operator()(cv::Point const & pixel) const

@@ -132,7 +132,7 @@ TEST(FillImageWithErosion, GivesMaximaTheLowestValueInTheSquare)
          "9599999", //
          "9999999", //
          "9999929"},
-        {"5559444", //
+        {"5559944", //
          "5559944", //
          "5559222", //
          "9999222"});
