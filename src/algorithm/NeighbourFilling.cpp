@@ -36,7 +36,8 @@ void VisitZeros(T const * row, int columns, Fill const & fill)
         {
             zeros += static_cast<int>(row[x] == T{0});
         }
-        for (std::int64_t x = first; zeros > 0; ++x)
+        // The bound is for a row that overlaps with what is filled, whose zeros may be gone by now.
+        for (std::int64_t x = first; zeros > 0 && x < last; ++x)
         {
             if (row[x] != T{0}) continue;
             fill(static_cast<int>(x));

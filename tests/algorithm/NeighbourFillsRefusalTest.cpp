@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <opencv2/core.hpp>
 
+#include <cstdlib>
 #include <vector>
 
 namespace morvane::algorithm
@@ -160,6 +161,41 @@ TEST(NeighbourFillsRefusal, ShapesOutsideTheTable)
                 ExpectNoMedian(image, out, tests::Shape(shape));
             }
         }
+    }
+}
+
+/// A row of zeros with a 9 at the start of the view, in which the output lies @p shift columns beside the image.
+cv::Mat RowAround(int shift, cv::Mat & image, cv::Mat & out)
+{
+    cv::Mat parent = cv::Mat::zeros(1, 400, CV_8UC1);
+    image = parent.colRange(100, 170);
+    out = parent.colRange(100 + shift, 170 + shift);
+    image.at<uchar>(0) = 9;
+    return parent;
+}
+
+void ExpectNothingAround(cv::Mat const & parent, int shift)
+{
+    EXPECT_EQ(cv::countNonZero(parent.colRange(0, 100 - std::abs(shift))), 0);
+    EXPECT_EQ(cv::countNonZero(parent.colRange(170 + std::abs(shift), 400)), 0);
+}
+
+TEST(NeighbourFillsRefusal, ArgumentsThatOverlap_AreNotRefused_ButNothingBeyondThemChanges)
+{
+    for (int const shift : {-65, -2, -1, 1, 2, 5, 63, 64, 65})
+    {
+        SCOPED_TRACE(shift);
+        cv::Mat image;
+        cv::Mat out;
+        cv::Mat parent = RowAround(shift, image, out);
+        EXPECT_TRUE(FillImageWithMedian(image, out, connexity::eConnexity4));
+        ExpectNothingAround(parent, shift);
+        parent = RowAround(shift, image, out);
+        EXPECT_TRUE(FillImageWithMedianNoZero(image, out, connexity::eConnexity4));
+        ExpectNothingAround(parent, shift);
+        parent = RowAround(shift, image, out);
+        EXPECT_TRUE(FillImageWithMean(cv::Mat(image.size(), CV_8UC1, cv::Scalar(7)), image, out, connexity::eConnexity4));
+        ExpectNothingAround(parent, shift);
     }
 }
 
