@@ -140,6 +140,9 @@ TEST(computeOverlap, PassesTheExceptionsOfOpenCVOn_WhereMasksMeet)
         EXPECT_EQ(computeOverlap(a, b, 3, 0, 0, 0, 1), 0.0);
         EXPECT_EQ(computeOverlap(b, b, 3, 0, 0, 0, 1), 0.0);
     }
+    cv::Mat half(2, 3, CV_16FC1);
+    tests::FillBytes(half, 0);
+    EXPECT_THROW(std::ignore = computeOverlap(half, half, 0, 0, 0, 0, 1), cv::Exception);
     cv::Mat const colour = Draw<cv::Vec3b>({"111", "111"});
     EXPECT_THROW(std::ignore = computeOverlap(colour, colour, 0, 0, 0, 0, 1), cv::Exception);
 }

@@ -41,7 +41,8 @@ cv::Mat ImageWithHoles(Random & random, cv::Size size, int type)
     int const islands = 1 + random.Below(12);
     for (int island = 0; island < islands; ++island)
     {
-        cv::Rect const box(random.Below(size.width), random.Below(size.height), 1 + random.Below(6), 1 + random.Below(6));
+        cv::Rect const box(
+            random.Below(size.width), random.Below(size.height), 1 + random.Below(6), 1 + random.Below(6));
         cv::Mat part = image(box & cv::Rect({}, size));
         tests::ImageToFill(random, part.size(), type).copyTo(part);
     }

@@ -133,8 +133,7 @@ TEST(FillImageWithMean, WithAWrappedShape_TakesTheEdgeColumnForOffsetsOf2Too)
 TEST(FillImageWithMean, DividesIntegersTowardsZero)
 {
     cv::Mat const holds = Row<short>({1, 0, 1});
-    EXPECT_TRUE(
-        EqualImages(Filled(Row<short>({-3, 99, -4}), holds, connexity::eConnexity4), Row<short>({-3, -3, -4})));
+    EXPECT_TRUE(EqualImages(Filled(Row<short>({-3, 99, -4}), holds, connexity::eConnexity4), Row<short>({-3, -3, -4})));
     EXPECT_TRUE(EqualImages(Filled(Row<short>({3, 99, 4}), holds, connexity::eConnexity4), Row<short>({3, 3, 4})));
     EXPECT_TRUE(EqualImages(Filled(Row<short>({-3, 99, 2}), holds, connexity::eConnexity4), Row<short>({-3, 0, 2})));
 }
@@ -260,6 +259,9 @@ TEST(FillImageWithMean, OfAnImageWithoutPixels_Succeeds)
         EXPECT_TRUE(FillImageWithMean(image, image, out, connexity::eConnexity8));
         EXPECT_TRUE(EqualImages(out, image));
     }
+    cv::Mat none;
+    EXPECT_TRUE(FillImageWithMean(cv::Mat(), cv::Mat(), none, connexity::eConnexity8));
+    EXPECT_TRUE(none.empty());
 }
 
 TEST(FillImageWithMean, OfSeveralChannelsInMaskAndOutput_MeansTheFirstElementsOfEachRow)

@@ -59,10 +59,10 @@ TEST(FillImageWithMedian, TakesTheNeighbourOneAboveTheMiddle)
         int value;
     };
     // The fourth of 4, the sixth of 8, the eighth of 12, the twelfth of 20, the fourteenth of 24.
-    constexpr std::array cases{
-        ShapeAndValue{0, 17}, ShapeAndValue{1, 17}, ShapeAndValue{2, 16},  ShapeAndValue{3, 16},  ShapeAndValue{4, 16},
-        ShapeAndValue{5, 14}, ShapeAndValue{6, 14}, ShapeAndValue{7, 14},  ShapeAndValue{8, 14},  ShapeAndValue{9, 14},
-        ShapeAndValue{10, 14}, ShapeAndValue{11, 14}, ShapeAndValue{12, 14}};
+    constexpr std::array cases{ShapeAndValue{0, 17}, ShapeAndValue{1, 17}, ShapeAndValue{2, 16},  ShapeAndValue{3, 16},
+                               ShapeAndValue{4, 16}, ShapeAndValue{5, 14}, ShapeAndValue{6, 14},  ShapeAndValue{7, 14},
+                               ShapeAndValue{8, 14}, ShapeAndValue{9, 14}, ShapeAndValue{10, 14}, ShapeAndValue{11, 14},
+                               ShapeAndValue{12, 14}};
     for (auto const [shape, value] : cases)
     {
         SCOPED_TRACE(shape);

@@ -58,8 +58,7 @@ Interval Around(cv::Mat const & image, cv::Point point, Connexity const & connex
 void ExpectRefused(cv::Mat const & image, cv::Point point, cv::Mat const & mask = cv::Mat())
 {
     Interval interval;
-    EXPECT_FALSE(
-        MinMaxInNeighborhood(image, point, connexity::eConnexity8, interval.minimum, interval.maximum, mask));
+    EXPECT_FALSE(MinMaxInNeighborhood(image, point, connexity::eConnexity8, interval.minimum, interval.maximum, mask));
     EXPECT_EQ(interval, Interval());
 }
 
@@ -126,12 +125,9 @@ TEST(MinMaxInNeighborhood, WithAWrappedShape_PassesOverWhatIsOutsideAfterThat)
 TEST(MinMaxInNeighborhood, UnderAMask_SeesThePixelItselfInAnyCase)
 {
     cv::Mat const image = Draw<float>({"123", "4z6", "789"});
-    EXPECT_EQ(
-        Around(image, {1, 1}, connexity::eConnexity8, Draw<uchar>({"...", "...", "..."})), (Interval{35, 35}));
-    EXPECT_EQ(
-        Around(image, {1, 1}, connexity::eConnexity8, Draw<uchar>({"..1", "...", "z.."})), (Interval{3, 35}));
-    EXPECT_EQ(
-        Around(image, {1, 1}, connexity::eConnexity4, Draw<uchar>({"111", "1.2", "1.1"})), (Interval{2, 35}));
+    EXPECT_EQ(Around(image, {1, 1}, connexity::eConnexity8, Draw<uchar>({"...", "...", "..."})), (Interval{35, 35}));
+    EXPECT_EQ(Around(image, {1, 1}, connexity::eConnexity8, Draw<uchar>({"..1", "...", "z.."})), (Interval{3, 35}));
+    EXPECT_EQ(Around(image, {1, 1}, connexity::eConnexity4, Draw<uchar>({"111", "1.2", "1.1"})), (Interval{2, 35}));
     cv::Mat const full(3, 3, CV_8UC1, cv::Scalar(255));
     EXPECT_EQ(Around(image, {1, 1}, connexity::eConnexity8, full), (Interval{1, 35}));
     // At the pixel that is reached through the wrap.
@@ -205,8 +201,8 @@ TEST(MinMaxInNeighborhoodRefusal, TypesPointsAndMasks)
     constexpr int most = std::numeric_limits<int>::max();
     constexpr int least = std::numeric_limits<int>::min();
     for (cv::Point const point :
-         {cv::Point(-1, 1), cv::Point(4, 1), cv::Point(1, -1), cv::Point(1, 3), cv::Point(most, 0),
-          cv::Point(0, most), cv::Point(least, 0), cv::Point(0, least)})
+         {cv::Point(-1, 1), cv::Point(4, 1), cv::Point(1, -1), cv::Point(1, 3), cv::Point(most, 0), cv::Point(0, most),
+          cv::Point(least, 0), cv::Point(0, least)})
     {
         SCOPED_TRACE(point);
         ExpectRefused(image, point);

@@ -141,8 +141,7 @@ constexpr std::array<Operator, 2> kMedians{FillImageWithMedian, FillImageWithMed
 /// Few holes or few pixels; one kind of NaN and of zero, as sorting does not tell the others apart.
 cv::Mat ImageWithHoles(Random & random, cv::Size size, int type)
 {
-    cv::Mat image =
-        tests::WithOneNaN(tests::RandomImage(random, size, type, {random.Unit(), 0.3 * random.Unit(), 9}));
+    cv::Mat image = tests::WithOneNaN(tests::RandomImage(random, size, type, {random.Unit(), 0.3 * random.Unit(), 9}));
     for (int y = 0; y < image.rows; ++y)
     {
         for (int x = 0; x < image.cols; ++x)

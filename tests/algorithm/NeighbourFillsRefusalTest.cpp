@@ -155,7 +155,8 @@ TEST(NeighbourFillsRefusal, ShapesOutsideTheTable)
         for (int const depth : tests::kDepths)
         {
             // Whether there is a hole or not, or no pixel at all.
-            for (cv::Mat const & image : {Threes(kSize, depth), cv::Mat(kSize, depth, cv::Scalar(7)), cv::Mat(0, 0, depth)})
+            for (cv::Mat const & image :
+                 {Threes(kSize, depth), cv::Mat(kSize, depth, cv::Scalar(7)), cv::Mat(0, 0, depth)})
             {
                 cv::Mat out = image.empty() ? cv::Mat(0, 0, depth) : Threes(kSize, depth);
                 ExpectNoMedian(image, out, tests::Shape(shape));
@@ -194,7 +195,8 @@ TEST(NeighbourFillsRefusal, ArgumentsThatOverlap_AreNotRefused_ButNothingBeyondT
         EXPECT_TRUE(FillImageWithMedianNoZero(image, out, connexity::eConnexity4));
         ExpectNothingAround(parent, shift);
         parent = RowAround(shift, image, out);
-        EXPECT_TRUE(FillImageWithMean(cv::Mat(image.size(), CV_8UC1, cv::Scalar(7)), image, out, connexity::eConnexity4));
+        EXPECT_TRUE(
+            FillImageWithMean(cv::Mat(image.size(), CV_8UC1, cv::Scalar(7)), image, out, connexity::eConnexity4));
         ExpectNothingAround(parent, shift);
     }
 }

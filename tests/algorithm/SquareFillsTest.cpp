@@ -12,6 +12,7 @@
 
 #include <limits>
 #include <tuple>
+#include <vector>
 
 namespace morvane::algorithm
 {
@@ -291,6 +292,9 @@ TEST(SquareFills, PassTheExceptionOfTheMorphologyOn)
                 cv::Mat out;
                 EXPECT_THROW(std::ignore = CallSquareFill(fill, image, out, 3), cv::Exception);
             }
+            cv::Mat out;
+            cv::Mat const solid(std::vector<int>{2, 3, 4}, depth, cv::Scalar(1));
+            EXPECT_THROW(std::ignore = CallSquareFill(fill, solid, out, 3), cv::Exception);
         }
     }
 }

@@ -31,7 +31,8 @@ cv::Mat Zones(Random & random, cv::Size size, int type)
     if (zones.empty()) return zones;
     for (int zone = 0; zone < 6; ++zone)
     {
-        cv::Rect const box(random.Below(size.width), random.Below(size.height), 1 + random.Below(12), 1 + random.Below(9));
+        cv::Rect const box(
+            random.Below(size.width), random.Below(size.height), 1 + random.Below(12), 1 + random.Below(9));
         zones(box & cv::Rect({}, size)).setTo(random.Below(4));
     }
     cv::Mat const anything = tests::RandomImage(random, size, type, {0.2, 0.8, 3});

@@ -52,8 +52,8 @@ cv::Mat Extremes(cv::Mat const & image, int size, bool seeksHighest)
         cv::Point const pixel(number / image.channels() % image.cols, number / image.channels() / image.cols);
         cv::Rect const square(pixel.x - size / 2, pixel.y - size / 2, size, size);
         cv::Rect const window = square & inside;
-        double extreme = window == square ? ElementAt(image, pixel.y, pixel.x, channel)
-                                          : Outside(image.depth(), seeksHighest);
+        double extreme =
+            window == square ? ElementAt(image, pixel.y, pixel.x, channel) : Outside(image.depth(), seeksHighest);
         for (int y = window.y; y < window.br().y; ++y)
         {
             for (int x = window.x; x < window.br().x; ++x)
@@ -337,7 +337,8 @@ cv::Mat OracleHoleFill(HoleFill fill, cv::Mat const & image, int size)
         return regions.at<int>(from) == regions.at<int>(to);
     };
     cv::Mat out = closed.clone();
-    for (std::vector<cv::Point> const & part : OracleZones(OracleTakesPart(regions), connexity::eConnexity8, sameRegion))
+    for (std::vector<cv::Point> const & part :
+         OracleZones(OracleTakesPart(regions), connexity::eConnexity8, sameRegion))
     {
         double const extreme = ExtremeOf(fill, dilated, part);
         for (cv::Point const pixel : part)

@@ -46,8 +46,7 @@ OracleMeanFill(cv::Mat const & image, cv::Mat const & mask, int connexity, cv::M
 /// What the fills with the median must leave in an output that is @p before first.
 ///
 /// @param closeUp whether neighbours that are not 0 close up first
-[[nodiscard]] cv::Mat
-OracleMedianFill(cv::Mat const & image, int connexity, bool closeUp, cv::Mat const & before);
+[[nodiscard]] cv::Mat OracleMedianFill(cv::Mat const & image, int connexity, bool closeUp, cv::Mat const & before);
 
 /// What a hole takes of the dilated image.
 enum class HoleFill : int
