@@ -4,7 +4,6 @@
 #include "support/AllTypes.h"
 #include "support/FillingOracle.h"
 #include "support/ImageLiterals.h"
-#include "support/Rows.h"
 #include "support/Snapshot.h"
 
 #include <gtest/gtest.h>
@@ -26,7 +25,6 @@ using tests::Drawing;
 using tests::EqualImages;
 using tests::ExpectDrawn;
 using tests::HoleFill;
-using tests::Row;
 using tests::Snapshot;
 
 /// The depths in which holes are interpolated.

@@ -207,7 +207,8 @@ TEST(MinMaxInNeighborhoodRefusal, TypesPointsAndMasks)
         SCOPED_TRACE(point);
         ExpectRefused(image, point);
     }
-    for (cv::Mat const & mask : {Draw<uchar>({"111", "111", "111", "111"}), Draw<uchar>({"1111", "1111"})})
+    for (cv::Mat const & mask :
+         {Draw<uchar>({"111", "111", "111", "111"}), Draw<uchar>({"1111", "1111"}), Draw<uchar>({"111", "111", "111"})})
     {
         ExpectRefused(image, {1, 1}, mask);
     }

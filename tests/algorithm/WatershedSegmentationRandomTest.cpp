@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 #include <opencv2/core.hpp>
 
-#include <array>
 #include <vector>
 
 namespace morvane::algorithm

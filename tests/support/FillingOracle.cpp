@@ -101,7 +101,8 @@ double QuotientInType(double sum, int count, int depth)
 {
     if (depth == CV_64F) return sum / count;
     if (depth == CV_32F) return static_cast<double>(static_cast<float>(sum) / static_cast<float>(count));
-    return static_cast<double>(static_cast<std::int64_t>(sum) / count);
+    std::int64_t const towardsZero = static_cast<std::int64_t>(sum) / count;
+    return static_cast<double>(towardsZero);
 }
 
 double MeanOfNeighbours(cv::Mat const & image, cv::Mat const & mask, cv::Point pixel, int connexity)
