@@ -136,6 +136,8 @@ bool ImageMode(cv::Mat const & image, double & mode, double & count, cv::Mat con
 }
 
 bool MinMaxInNeighborhood(
+    // By value, as it is in the interface.
+    // NOLINTNEXTLINE(performance-unnecessary-value-param)
     cv::Mat const & image, cv::Point const & point, connexity::Connexity connexity, double & minimum, double & maximum,
     cv::Mat const & mask)
 {
