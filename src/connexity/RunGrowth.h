@@ -187,6 +187,7 @@ public:
     RunGrowth(cv::Size size, eConnexityType type, Near near, cv::Mat & labels)
         : m_size(size)
         , m_wrapsInX(NeighbourhoodOver(Connexity(type), size).WrapsInX())
+        , m_hasNeighbours(Connexity(type).size() > 0)
         , m_reaches(RowReaches(Connexity(type), m_wrapsInX))
         , m_near(std::move(near))
         , m_labels(labels)
@@ -248,11 +249,12 @@ private:
         auto * const taken = m_taken.ptr<uchar>(y);
         auto const near = m_near.Between(y, y);
         Run run{y, x, x};
-        while (run.first > 0 && taken[run.first - 1] == 0 && near(run.first, run.first - 1))
+        while (m_hasNeighbours && run.first > 0 && taken[run.first - 1] == 0 && near(run.first, run.first - 1))
         {
             --run.first;
         }
-        while (run.last + 1 < m_size.width && taken[run.last + 1] == 0 && near(run.last, run.last + 1))
+        while (m_hasNeighbours && run.last + 1 < m_size.width && taken[run.last + 1] == 0 &&
+               near(run.last, run.last + 1))
         {
             ++run.last;
         }
@@ -307,6 +309,8 @@ private:
 
     cv::Size m_size;
     bool m_wrapsInX;
+    /// No shape leaves out the pixels beside one, but a number outside the table has no neighbours at all.
+    bool m_hasNeighbours;
     std::vector<RowReach> m_reaches;
     Near m_near;
     RunLabels m_labels;
