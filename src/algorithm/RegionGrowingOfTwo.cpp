@@ -26,7 +26,7 @@ cv::Mat AsWideAs(cv::Mat const & image1, cv::Mat const & image2)
 {
     if (image2.cols >= image1.cols) return image2;
     cv::Mat wide = cv::Mat::zeros(image1.size(), image2.type());
-    if (image2.cols > 0) image2.copyTo(wide.colRange(0, image2.cols));
+    if (!image2.empty()) image2.copyTo(wide.colRange(0, image2.cols));
     return wide;
 }
 
