@@ -144,6 +144,13 @@ TEST(ExtractGraphWithDelta, SeamAndFarNeighboursAreAskedToo)
     EXPECT_EQ(Within(Draw<uchar>({"5...51"}), {"1...23"}, 0, eConnexity12InterleavedWrapped), (Joints{{2, 1}}));
 }
 
+TEST(ExtractGraphWithDelta, SeamIsAskedWhereAPixelHasItsOwnLabelAllAround)
+{
+    // The last pixels of both rows fail. Below, the first pixel finds the last one, before that one looks for others.
+    cv::Mat const image = Draw<uchar>({"5559", "5555"});
+    EXPECT_EQ(Within(image, {"11.1", "11.2"}, 0, eConnexity4Wrapped), (Joints{{1, 2}}));
+}
+
 TEST(ExtractGraphWithDelta, OutsideTheTableOfShapes_NothingTouches)
 {
     cv::Mat const image = Draw<uchar>({"11", "11"});

@@ -215,7 +215,8 @@ TEST(ZoneGraphRandom, OtherNamesForTheZones_GiveTheSameEdgesInTheSameOrder)
         std::iota(names.begin(), names.end(), 0);
         for (int index = 31; index > 1; --index)
         {
-            std::swap(names[static_cast<std::size_t>(index)], names[static_cast<std::size_t>(1 + random.Below(index))]);
+            int const other = 1 + random.Below(index);
+            std::swap(names[static_cast<std::size_t>(index)], names[static_cast<std::size_t>(other)]);
         }
         cv::Mat renamed = labels.clone();
         for (int & label : cv::Mat1i(renamed))

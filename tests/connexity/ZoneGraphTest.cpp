@@ -266,6 +266,11 @@ TEST(ExtractGraph, SparseLabels_KeepTheirNumbers)
     Graph const graph = Extracted(Row<int>({300000, 7, 65536, 0, 299999}), eConnexity4);
     EXPECT_EQ(graph.VertexCount(), 300001U);
     EXPECT_EQ(JointsOf(graph), (Joints{{300000, 7}, {7, 65536}}));
+    // Pairs that are alike in their low bits.
+    EXPECT_EQ(JointsOf(Extracted(Row<int>({65538, 1, 2}), eConnexity4)), (Joints{{65538, 1}, {1, 2}}));
+    EXPECT_EQ(
+        JointsOf(Extracted(Row<int>({1, 65538, 65537, 2}), eConnexity4)),
+        (Joints{{1, 65538}, {65538, 65537}, {65537, 2}}));
 }
 
 TEST(ExtractGraph, ViewIsReadInsideOnly)
