@@ -1,55 +1,46 @@
 #include <morvane/connexity/AccumulatorZones.h>
 
-#include <morvane/connexity/Conditions.h>
-
 #include "common/Dispatch.h"
-#include "connexity/ZoneGrowth.h"
-
-#include <vector>
+#include "common/PaddedGrid.h"
+#include "connexity/AccumulatorGrowth.h"
+#include "connexity/ZonePlane.h"
 
 namespace morvane::connexity
 {
 
 using common::PaddedGrid;
-using common::PlaneOf;
 using namespace growth_internals;
 
 namespace
 {
 
-bool AreReady(cv::Mat const & image, cv::Mat const & labels)
+template <template <class, class> class Queue>
+bool LabelZones(cv::Mat const & image, eConnexityType type, double budget, cv::Mat & labels)
 {
-    return common::IsSingleChannel(image) && common::SameSize(image, labels) &&
-           common::VisitLabel(labels, []<class> { return true; });
+    bool const isReady = common::IsSingleChannel(image) && common::SameSize(image, labels) &&
+                         common::VisitLabel(labels, []<class> { return true; });
+    if (!isReady) return false;
+    return common::VisitElement(image, [&]<class T> {
+        auto const grow = [&]<class Index>(PaddedGrid<Index> const & grid, bool, ZonePlane<Index> & zones) {
+            AccumulatorGrowth<T, Index, Queue> growth(image, grid, budget);
+            zones.GrowAll(growth);
+            return true;
+        };
+        return LabelGrownZones(image.size(), type, labels, grow);
+    });
 }
 
 } // namespace
 
 bool LabelAccumulatorZones(cv::Mat const & image, eConnexityType const & connexity, double budget, cv::Mat & labels)
 {
-    if (!AreReady(image, labels)) return false;
-    return common::VisitElement(image, [&]<class T> {
-        return LabelGrownZones(
-            image.size(), connexity, labels,
-            [&]<class Index>(PaddedGrid<Index> const & grid, ZonePlane<Index> & zones) {
-                std::vector<T> const values = PlaneOf<T>(image, grid, T{});
-                zones.GrowAll(OldestFirst<Index>(), AskValues<T, AccumulatorConnected<T>>(values, budget));
-            });
-    });
+    return LabelZones<OldestFirst>(image, connexity, budget, labels);
 }
 
 bool LabelPriorityAccumulatorZones(
     cv::Mat const & image, eConnexityType const & connexity, double budget, cv::Mat & labels)
 {
-    if (!AreReady(image, labels)) return false;
-    return common::VisitElement(image, [&]<class T> {
-        return LabelGrownZones(
-            image.size(), connexity, labels,
-            [&]<class Index>(PaddedGrid<Index> const & grid, ZonePlane<Index> & zones) {
-                std::vector<T> const values = PlaneOf<T>(image, grid, T{});
-                zones.GrowAll(LowestFirst<T, Index>(values), AskValues<T, AccumulatorConnected<T>>(values, budget));
-            });
-    });
+    return LabelZones<LowestFirst>(image, connexity, budget, labels);
 }
 
 } // namespace morvane::connexity

@@ -7,6 +7,7 @@
 #include "common/EdgeColumns.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <unordered_set>
@@ -32,14 +33,16 @@ public:
     {
         auto const [low, high] = std::minmax(one, other);
         std::uint64_t const key = (static_cast<std::uint64_t>(low) << 32U) | static_cast<std::uint64_t>(high);
-        // Pixels beside each other ask for the same pair again and again.
-        if (key == m_last) return false;
-        m_last = key;
+        // Along a border, the same few pairs come again and again.
+        std::uint64_t & recent = m_recent[key % m_recent.size()];
+        if (key == recent) return false;
+        recent = key;
         return m_keys.insert(key).second;
     }
 
 private:
-    std::uint64_t m_last = 0;
+    // A prime, so that both labels count. No pair is 0.
+    std::array<std::uint64_t, 4093> m_recent{};
     std::unordered_set<std::uint64_t> m_keys;
 };
 
@@ -53,6 +56,7 @@ public:
     Contacts(cv::Mat const & labels, Connexity const & connexity, Asks asks, Graph & graph)
         : m_labels(&labels)
         , m_neighbourhood(NeighbourhoodOver(connexity, labels.size()))
+        , m_linearOffsets(m_neighbourhood.LinearOffsets(labels))
         , m_asks(std::move(asks))
         , m_graph(&graph)
         , m_differs(static_cast<std::size_t>(labels.cols))
@@ -94,6 +98,16 @@ private:
 
     void AddOfPixel(cv::Point const & from, int label)
     {
+        if (m_neighbourhood.IsInterior(from))
+        {
+            auto const * const pixel = m_labels->ptr<uchar>(from.y) + sizeof(int) * static_cast<std::size_t>(from.x);
+            for (std::size_t index = 0; index < m_linearOffsets.size(); ++index)
+            {
+                int const other = *reinterpret_cast<int const *>(pixel + m_linearOffsets[index]);
+                AddOfPair(from, label, from + m_neighbourhood.Offset(index), other);
+            }
+            return;
+        }
         for (std::size_t index = 0; index < m_neighbourhood.Count(); ++index)
         {
             common::FarPoint const neighbour = common::FarNeighbour(from, m_neighbourhood.Offset(index));
@@ -101,17 +115,19 @@ private:
             bool const isBeside = neighbour.x < 0 || neighbour.x >= m_labels->cols;
             if (isBeside && !m_neighbourhood.WrapsInX()) continue;
             cv::Point const to(common::OppositeEdgeColumn(neighbour.x, m_labels->cols), static_cast<int>(neighbour.y));
-            int const other = m_labels->ptr<int>(to.y)[to.x];
-            if (other < 1 || other == label || !m_asks(from, to)) continue;
-            if (m_pairs.Insert(label, other))
-            {
-                m_graph->AddEdge(static_cast<std::size_t>(label), static_cast<std::size_t>(other), false);
-            }
+            AddOfPair(from, label, to, m_labels->ptr<int>(to.y)[to.x]);
         }
+    }
+
+    void AddOfPair(cv::Point const & from, int label, cv::Point const & to, int other)
+    {
+        if (other == label || other < 1 || !m_asks(from, to) || !m_pairs.Insert(label, other)) return;
+        m_graph->AddEdge(static_cast<std::size_t>(label), static_cast<std::size_t>(other), false);
     }
 
     cv::Mat const * m_labels;
     common::Neighbourhood m_neighbourhood;
+    std::vector<std::ptrdiff_t> m_linearOffsets;
     Asks m_asks;
     Graph * m_graph;
     std::vector<uchar> m_differs;
