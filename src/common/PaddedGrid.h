@@ -65,17 +65,6 @@ public:
         return isInside ? element - column + other : element;
     }
 
-    /// Calls @p visit with each element of the margin that stands for the pixel @p element where the first and the last
-    /// column are neighbours.
-    template <class Visit>
-    void VisitDoubles(Index element, Visit const & visit) const
-    {
-        Index const column = element % m_stride;
-        auto const width = static_cast<Index>(m_size.width);
-        if (column + width < m_stride) visit(element + width);
-        if (column >= width) visit(element - width);
-    }
-
 private:
     static Index ReachOf(Neighbourhood const & neighbourhood)
     {

@@ -21,10 +21,9 @@ bool LabelZones(cv::Mat const & image, eConnexityType type, double budget, cv::M
                          common::VisitLabel(labels, []<class> { return true; });
     if (!isReady) return false;
     return common::VisitElement(image, [&]<class T> {
-        auto const grow = [&]<class Index>(PaddedGrid<Index> const & grid, bool, ZonePlane<Index> & zones) {
+        auto const grow = [&]<class Index>(PaddedGrid<Index> const & grid, ZonePlane<Index> & zones) {
             AccumulatorGrowth<T, Index, Queue> growth(image, grid, budget);
             zones.GrowAll(growth);
-            return true;
         };
         return LabelGrownZones(image.size(), type, labels, grow);
     });

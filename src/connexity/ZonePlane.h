@@ -112,10 +112,10 @@ private:
     Index m_count = 0;
 };
 
-/// Prepares an empty plane of zones over an image of @p size, lets `grow(grid, wrapsInX, zones)` fill it, and writes the
-/// zones to @p labels.
+/// Prepares an empty plane of zones over an image of @p size, lets `grow(grid, zones)` fill it, and writes the zones to
+/// @p labels.
 ///
-/// @return the answer of @p grow; where it is false, nothing is written
+/// @return true
 template <class Grow>
 bool LabelGrownZones(cv::Size size, eConnexityType type, cv::Mat & labels, Grow const & grow)
 {
@@ -123,7 +123,7 @@ bool LabelGrownZones(cv::Size size, eConnexityType type, cv::Mat & labels, Grow 
     return common::VisitIndex(neighbourhood, size, [&]<class Index> {
         common::PaddedGrid<Index> const grid(neighbourhood, size);
         ZonePlane<Index> zones(grid, neighbourhood.WrapsInX(), size);
-        if (!grow(grid, neighbourhood.WrapsInX(), zones)) return false;
+        grow(grid, zones);
         zones.WriteTo(labels);
         return true;
     });
