@@ -36,7 +36,8 @@ void VisitZeros(T const * row, int columns, Fill const & fill)
         {
             zeros += static_cast<int>(row[x] == T{0});
         }
-        for (std::int64_t x = first; zeros > 0; ++x)
+        // The bound is for a row that overlaps with what is filled, whose zeros may be gone by now.
+        for (std::int64_t x = first; zeros > 0 && x < last; ++x)
         {
             if (row[x] != T{0}) continue;
             fill(static_cast<int>(x));
@@ -76,7 +77,8 @@ public:
         , m_mask(&mask)
         , m_neighbourhood(connexity::NeighbourhoodOver(connexity::Connexity(type), image.size()))
         , m_imageOffsets(m_neighbourhood.LinearOffsets(image))
-        , m_maskOffsets(m_neighbourhood.LinearOffsets(mask))
+        // Of several channels, elements are meant, not pixels.
+        , m_maskOffsets(m_neighbourhood.LinearOffsets(mask.reshape(1)))
     {}
 
     T operator()(cv::Point const & pixel) const
