@@ -3,12 +3,30 @@
 
 #include <morvane/connexity/ZoneGraph.h>
 
+#include <opencv2/imgproc.hpp>
+
 #include <string>
 
 namespace
 {
 
 using namespace morvane::connexity;
+
+/// Zones that touch, a zone for each 210 pixels: each pixel belongs to the nearest of scattered points.
+cv::Mat Cells(int side)
+{
+    constexpr int kPixels = 210;
+    cv::Mat1b isFar(side, side, uchar{1});
+    cv::RNG random(7);
+    for (int point = 0; point < side * side / kPixels; ++point)
+    {
+        isFar(random.uniform(0, side), random.uniform(0, side)) = 0;
+    }
+    cv::Mat distances;
+    cv::Mat labels;
+    cv::distanceTransform(isFar, distances, labels, cv::DIST_L2, cv::DIST_MASK_5, cv::DIST_LABEL_PIXEL);
+    return labels;
+}
 
 /// One zone that surrounds @p count others of one pixel.
 cv::Mat Star(int side, int count)
@@ -57,7 +75,7 @@ bool WalkTheLists(cv::Mat const & labels, Graph & graph)
 [[maybe_unused]] bool const registered = [] {
     for (int const side : {512, 1024, 2048, 4096})
     {
-        benchmarks::NamedImage const zones{"zones", benchmarks::ManyZones};
+        benchmarks::NamedImage const zones{"cells", Cells};
         benchmarks::NamedImage const star{"star-10000", [](int size) {
                                               return Star(size, 10000);
                                           }};

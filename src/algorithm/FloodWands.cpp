@@ -30,7 +30,8 @@ constexpr int kReachedAgain = 128;
 
 } // namespace
 
-// The masks leave with their frame: it is part of what callers get.
+// The masks leave with their frame: it is part of what callers get. Arguments by value are so in the interface.
+// NOLINTBEGIN(performance-unnecessary-value-param)
 
 void MagicWand(cv::Mat const & image, cv::Scalar delta, cv::Point seed, cv::Mat & out)
 {
@@ -53,5 +54,7 @@ void MagicWand(
     FloodRegion(out, mask, seed, kReachedAgain, kReachedAgain, delta2);
     cv::compare(mask, static_cast<double>(kReachedAgain), out, cv::CMP_EQ);
 }
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 } // namespace morvane::algorithm

@@ -123,12 +123,10 @@ bool ImageMode(cv::Mat const & image, double & mode, double & count, cv::Mat con
 
     cv::Mat values;
     image.convertTo(values, CV_32F, 1.0, 0.0);
-    // OpenCV takes no notice of the gaps of a view.
-    cv::Mat const places = mask.isContinuous() ? mask : mask.clone();
     float const range[] = {0.0F, static_cast<float>(maximum + 1.0)};
     float const * ranges[] = {range};
     cv::Mat counts;
-    cv::calcHist(&values, 1, nullptr, places, counts, 1, &bins, ranges, true, false);
+    cv::calcHist(&values, 1, nullptr, mask, counts, 1, &bins, ranges, true, false);
     cv::Point fullest;
     double largest = 0.0;
     cv::minMaxLoc(counts, nullptr, &largest, nullptr, &fullest);
@@ -138,6 +136,8 @@ bool ImageMode(cv::Mat const & image, double & mode, double & count, cv::Mat con
 }
 
 bool MinMaxInNeighborhood(
+    // By value, as it is in the interface.
+    // NOLINTNEXTLINE(performance-unnecessary-value-param)
     cv::Mat const & image, cv::Point const & point, connexity::Connexity connexity, double & minimum, double & maximum,
     cv::Mat const & mask)
 {

@@ -21,6 +21,23 @@ namespace morvane::algorithm
 namespace
 {
 
+/// Tells whether any of some elements is 0.
+template <class T>
+bool HoldsZero(T const * elements, std::int64_t count)
+{
+    // Flags as wide as the elements, and no way out before the end, so that it compiles to plain vector code.
+    using Flag = std::conditional_t<
+        sizeof(T) == 1, std::uint8_t,
+        std::conditional_t<
+            sizeof(T) == 2, std::uint16_t, std::conditional_t<sizeof(T) == 4, std::uint32_t, std::uint64_t>>>;
+    Flag found = 0;
+    for (std::int64_t index = 0; index < count; ++index)
+    {
+        found = static_cast<Flag>(found | static_cast<Flag>(elements[index] == T{0}));
+    }
+    return found != 0;
+}
+
 /// Calls @p fill with the position of each element of a row that is 0, and passes over the others at memory bandwidth.
 template <class T, class Fill>
 void VisitZeros(T const * row, int columns, Fill const & fill)
@@ -30,17 +47,10 @@ void VisitZeros(T const * row, int columns, Fill const & fill)
     for (std::int64_t first = 0; first < columns; first += kBlock)
     {
         std::int64_t const last = std::min<std::int64_t>(first + kBlock, columns);
-        // Without a way out, so that it compiles to vector code.
-        int zeros = 0;
+        if (!HoldsZero(row + first, last - first)) continue;
         for (std::int64_t x = first; x < last; ++x)
         {
-            zeros += static_cast<int>(row[x] == T{0});
-        }
-        for (std::int64_t x = first; zeros > 0; ++x)
-        {
-            if (row[x] != T{0}) continue;
-            fill(static_cast<int>(x));
-            --zeros;
+            if (row[x] == T{0}) fill(static_cast<int>(x));
         }
     }
 }
@@ -76,7 +86,8 @@ public:
         , m_mask(&mask)
         , m_neighbourhood(connexity::NeighbourhoodOver(connexity::Connexity(type), image.size()))
         , m_imageOffsets(m_neighbourhood.LinearOffsets(image))
-        , m_maskOffsets(m_neighbourhood.LinearOffsets(mask))
+        // Of several channels, elements are meant, not pixels.
+        , m_maskOffsets(m_neighbourhood.LinearOffsets(mask.reshape(1)))
     {}
 
     T operator()(cv::Point const & pixel) const

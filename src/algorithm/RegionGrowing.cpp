@@ -46,7 +46,7 @@ bool MagicWand(
 {
     if (!AreReady(image, out) || seeds.empty()) return false;
     return common::VisitElement(image, [&]<class T> {
-        out.setTo(cv::Scalar::all(0.0));
+        out = cv::Scalar(0);
         RunGrowth(image.size(), connexity, NearNeighbour<T>(image, delta), out).GrowFrom(seeds);
         return true;
     });

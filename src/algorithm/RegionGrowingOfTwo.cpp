@@ -26,7 +26,7 @@ cv::Mat AsWideAs(cv::Mat const & image1, cv::Mat const & image2)
 {
     if (image2.cols >= image1.cols) return image2;
     cv::Mat wide = cv::Mat::zeros(image1.size(), image2.type());
-    if (image2.cols > 0) image2.copyTo(wide.colRange(0, image2.cols));
+    if (!image2.empty()) image2.copyTo(wide.colRange(0, image2.cols));
     return wide;
 }
 
@@ -41,7 +41,7 @@ bool GrowOverTwo(
     cv::Mat const second = AsWideAs(image1, image2);
     return common::VisitElement(image1, [&]<class T1> {
         return common::VisitElement(second, [&]<class T2> {
-            out.setTo(cv::Scalar::all(0.0));
+            out = cv::Scalar(0);
             RunGrowth growth(image1.size(), type, BothNear(Near<T1>(image1, delta1), Near<T2>(second, delta2)), out);
             run(growth);
             return true;

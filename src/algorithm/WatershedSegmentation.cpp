@@ -110,7 +110,7 @@ void CopyToFrame(cv::Mat & labels)
     std::copy_n(labels.ptr<Label>(lastRow - 1), labels.cols, labels.ptr<Label>(lastRow));
     for (int y = 0; y <= lastRow; ++y)
     {
-        Label * const row = labels.ptr<Label>(y);
+        auto * const row = labels.ptr<Label>(y);
         row[0] = row[1];
         row[lastColumn] = row[lastColumn - 1];
     }
@@ -122,7 +122,7 @@ bool LabelLines(cv::Mat const & luminance, cv::Mat & labels)
     if (!HasInterior(labels)) return true;
     for (int y = 1; y < labels.rows - 1; ++y)
     {
-        Label const * const row = labels.ptr<Label>(y);
+        auto const * const row = labels.ptr<Label>(y);
         for (int x = 1; x < labels.cols - 1; ++x)
         {
             if (row[x] <= 0) TakeLabel<T, Label>(luminance, labels, {x, y});

@@ -1,6 +1,7 @@
 #include <morvane/common/Neighbourhood.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 
 namespace morvane::common
@@ -12,16 +13,20 @@ namespace
 /// The pixels that no offset leads out of an image of this size; empty where the image is too small to have any.
 cv::Rect InteriorOf(std::vector<cv::Point> const & offsets, cv::Size size)
 {
+    // In 64 bits, and no further than the image: the offsets of a caller may be any numbers.
+    auto const reach = [](std::int64_t offset, int side) {
+        return static_cast<int>(std::clamp<std::int64_t>(offset, 0, side));
+    };
     int left = 0;
     int right = 0;
     int up = 0;
     int down = 0;
     for (cv::Point const & offset : offsets)
     {
-        left = std::max(left, -offset.x);
-        right = std::max(right, offset.x);
-        up = std::max(up, -offset.y);
-        down = std::max(down, offset.y);
+        left = std::max(left, reach(-std::int64_t{offset.x}, size.width));
+        right = std::max(right, reach(offset.x, size.width));
+        up = std::max(up, reach(-std::int64_t{offset.y}, size.height));
+        down = std::max(down, reach(offset.y, size.height));
     }
     return {left, up, std::max(0, size.width - left - right), std::max(0, size.height - up - down)};
 }

@@ -32,7 +32,7 @@ std::vector<RowReach> RowReaches(Connexity const & connexity, bool wrapsInX)
 void RunLabels::Write(Run const & run)
 {
     common::VisitLabel(*m_labels, [&]<class Label> {
-        Label * const row = m_labels->ptr<Label>(run.y);
+        auto * const row = m_labels->ptr<Label>(run.y);
         std::fill(row + run.first, row + run.last + 1, common::WrapTo<Label>(m_zone));
         return true;
     });

@@ -33,17 +33,14 @@ public:
 
     [[nodiscard]] bool operator()(T one, T other) const
     {
-        if constexpr (std::floating_point<T>)
-        {
-            return std::abs(one - other) <= m_delta;
-        }
-        else if constexpr (std::same_as<T, int>)
+        if constexpr (std::same_as<T, int>)
         {
             // Differences that no int can hold read as negative ones.
             return common::WrapTo<int>(std::abs(std::int64_t{one} - other)) <= m_delta;
         }
         else
         {
+            // Of narrow integers, an int holds every difference.
             return std::abs(one - other) <= m_delta;
         }
     }
@@ -190,6 +187,7 @@ public:
     RunGrowth(cv::Size size, eConnexityType type, Near near, cv::Mat & labels)
         : m_size(size)
         , m_wrapsInX(NeighbourhoodOver(Connexity(type), size).WrapsInX())
+        , m_hasNeighbours(Connexity(type).size() > 0)
         , m_reaches(RowReaches(Connexity(type), m_wrapsInX))
         , m_near(std::move(near))
         , m_labels(labels)
@@ -222,7 +220,7 @@ private:
     /// The first free column of a row from @p x on; @p end, at the most, where there is none.
     [[nodiscard]] int FreeFrom(int y, int x, int end) const
     {
-        uchar const * const taken = m_taken.ptr<uchar>(y);
+        auto const * const taken = m_taken.ptr<uchar>(y);
         if (x >= end || taken[x] == 0) return std::min(x, end);
         void const * const free = std::memchr(taken + x, 0, static_cast<std::size_t>(end - x));
         return free == nullptr ? end : static_cast<int>(static_cast<uchar const *>(free) - taken);
@@ -248,14 +246,15 @@ private:
     /// Takes the run around a free pixel. @return its last column
     int Take(int y, int x)
     {
-        uchar * const taken = m_taken.ptr<uchar>(y);
+        auto * const taken = m_taken.ptr<uchar>(y);
         auto const near = m_near.Between(y, y);
         Run run{y, x, x};
-        while (run.first > 0 && taken[run.first - 1] == 0 && near(run.first, run.first - 1))
+        while (m_hasNeighbours && run.first > 0 && taken[run.first - 1] == 0 && near(run.first, run.first - 1))
         {
             --run.first;
         }
-        while (run.last + 1 < m_size.width && taken[run.last + 1] == 0 && near(run.last, run.last + 1))
+        while (m_hasNeighbours && run.last + 1 < m_size.width && taken[run.last + 1] == 0 &&
+               near(run.last, run.last + 1))
         {
             ++run.last;
         }
@@ -310,6 +309,8 @@ private:
 
     cv::Size m_size;
     bool m_wrapsInX;
+    /// No shape leaves out the pixels beside one, but a number outside the table has no neighbours at all.
+    bool m_hasNeighbours;
     std::vector<RowReach> m_reaches;
     Near m_near;
     RunLabels m_labels;

@@ -137,6 +137,8 @@ private:
 int LargestLabel(cv::Mat const & labels)
 {
     int largest = 0;
+    // There is no row to point at.
+    if (labels.empty()) return largest;
     for (int y = 0; y < labels.rows; ++y)
     {
         int const * const row = labels.ptr<int>(y);
@@ -158,6 +160,7 @@ bool FillGraph(cv::Mat const & labels, eConnexityType type, Asks asks, Graph & g
 {
     graph.Clear();
     graph.Resize(static_cast<std::size_t>(LargestLabel(labels)) + 1);
+    if (labels.empty()) return true;
     Contacts<Asks> contacts(labels, Connexity(type), std::move(asks), graph);
     for (int y = 0; y < labels.rows; ++y)
     {

@@ -82,7 +82,7 @@ public:
     void WriteTo(cv::Mat & labels) const
     {
         // Of several channels, the labels leave some untouched.
-        if (labels.channels() > 1) labels.setTo(cv::Scalar::all(0.0));
+        if (labels.channels() > 1) labels = cv::Scalar(0);
         common::VisitLabel(labels, [&]<class Label> {
             for (int y = 0; y < m_size.height; ++y)
             {

@@ -4,10 +4,9 @@
 #include "morvane/support/Outputs.h"
 #include "morvane/support/Pictures.h"
 #include "morvane/support/ProgramError.h"
+#include "morvane/support/Zones.h"
 
 #include <morvane/connexity/Labelling.h>
-#include <morvane/connexity/ZoneMeasures.h>
-#include <morvane/visual/ColorMaps.h>
 
 #include <filesystem>
 #include <iostream>
@@ -57,26 +56,6 @@ bool LabelTwo(cv::Mat const & image, cv::Mat const & second, ZoneRules const & r
                         : LabelDeltaFlatZones(image, second, rules.connexity, delta, secondDelta, labels);
 }
 
-/// Gives the zones of fewer than @p area pixels the label 0 and numbers the others anew, in the same order.
-void DropSmallZones(int area, cv::Mat & labels)
-{
-    cv::Mat1i const areas = morvane::connexity::ComputeArea(labels);
-    cv::Mat1i numbers(areas.rows, 1, 0);
-    int number = 0;
-    for (int label = 1; label < areas.rows; ++label)
-    {
-        if (areas(label) >= area) numbers(label) = ++number;
-    }
-    if (!morvane::visual::ApplyLut(labels, numbers, labels)) throw ProgramError("the zones cannot be renumbered");
-}
-
-int CountLabels(cv::Mat const & labels)
-{
-    double largest = 0.0;
-    cv::minMaxIdx(labels, nullptr, &largest);
-    return static_cast<int>(largest);
-}
-
 class LabelCommand final : public Command
 {
 public:
@@ -108,14 +87,13 @@ public:
         cv::Mat const image = ReadImage(m_image);
         cv::Mat labels = LabelsOf(image);
         if (m_minimalArea > 1) DropSmallZones(m_minimalArea, labels);
-        int const zones = CountLabels(labels);
 
         if (!m_output.empty()) outputs.Write(m_output, labels);
         if (!m_picture.empty()) outputs.Write(m_picture, PictureOfZones(labels));
         outputs.Commit();
 
         PrintImage(m_image, image);
-        std::cout << "zones  " << zones << '\n';
+        std::cout << "zones  " << LargestLabel(labels) << '\n';
     }
 
 private:

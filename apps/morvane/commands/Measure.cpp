@@ -77,14 +77,9 @@ cv::Mat ReadDenseLabels(fs::path const & file)
 {
     cv::Mat labels = ReadLabels(file);
     double lowest = 0.0;
-    double highest = 0.0;
-    cv::minMaxIdx(labels, &lowest, &highest);
+    cv::minMaxIdx(labels, &lowest, nullptr);
     if (lowest < 0.0) throw ProgramError(file, "holds negative numbers; labels start at 1");
-    // Labels are dense where the program made them; a table for others could be of any size.
-    if (highest > static_cast<double>(labels.total()))
-    {
-        throw ProgramError(file, "holds larger numbers than it has pixels; that is no image of labels");
-    }
+    CheckDenseLabels(file, labels);
     return labels;
 }
 

@@ -174,6 +174,14 @@ cv::Mat ReadLabels(fs::path const & file)
     return labels;
 }
 
+void CheckDenseLabels(fs::path const & file, cv::Mat const & labels)
+{
+    double highest = 0.0;
+    cv::minMaxIdx(labels, nullptr, &highest);
+    if (highest <= static_cast<double>(labels.total())) return;
+    throw ProgramError(file, "holds larger numbers than it has pixels; that is no image of labels");
+}
+
 void CheckSize(fs::path const & file, cv::Mat const & image, cv::Mat const & other, fs::path const & otherFile)
 {
     if (image.size() == other.size()) return;

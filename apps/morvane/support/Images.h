@@ -39,6 +39,12 @@ ReadScalarsLike(std::filesystem::path const & file, cv::Mat const & other, std::
 /// @throws ProgramError as ReadImage() and CheckChannels(), and when the image does not hold integers
 [[nodiscard]] cv::Mat ReadLabels(std::filesystem::path const & file);
 
+/// Checks that labels are few enough for tables of them: dense as the program makes them, and not any numbers.
+///
+/// @param labels `CV_32SC1`
+/// @throws ProgramError when a label is larger than the number of pixels
+void CheckDenseLabels(std::filesystem::path const & file, cv::Mat const & labels);
+
 /// Checks that an image has the size of another one. @throws ProgramError when it has not
 void CheckSize(
     std::filesystem::path const & file, cv::Mat const & image, cv::Mat const & other,

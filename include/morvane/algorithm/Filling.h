@@ -12,7 +12,8 @@ namespace morvane::algorithm
 
 /// Fills pixels that are 0 from the closing of the image by a square.
 ///
-/// Of holes, the closing fills those that the square does not fit into, with the level of their rim.
+/// Of holes, the closing fills those that the square does not fit into, with the level of their rim. Pixels that are NaN
+/// stay; what becomes of empty pixels with a NaN in their square is left to OpenCV's comparisons.
 ///
 /// | array   | shape       | depths                              | channels | values |
 /// |---------|-------------|-------------------------------------|----------|--------|
@@ -24,9 +25,10 @@ namespace morvane::algorithm
 /// @param size side of the square, at least 3
 /// @return true when it was filled. False for a smaller size, with `out` untouched; false for several channels, with
 ///         the filtered image in `out`.
-/// @throws cv::Exception for what OpenCV's morphology refuses: `CV_32S`, `CV_8S`, `CV_16F`, empty images
+/// @throws cv::Exception for what OpenCV's morphology refuses: `CV_32S`, `CV_8S`, `CV_16F`, empty images, more than two
+///         dimensions
 ///
-/// Cost: O(pixels), independent of the size. OpenCV's threads. The arguments must not overlap.
+/// Cost: O(pixels * size), in vector code. OpenCV's threads. The arguments must not overlap.
 ///
 /// @code
 /// bool const done = morvane::algorithm::FillImageWithClosing(depth, filled, 5);
@@ -50,8 +52,8 @@ namespace morvane::algorithm
 /// @param image as for FillImageWithClosing()
 /// @param out as for FillImageWithClosing()
 /// @param size as for FillImageWithClosing()
-/// @return true when it was filled, false for a smaller size, with `out` untouched
-/// @throws cv::Exception as FillImageWithClosing(), also for several channels, with the filtered image in `out`
+/// @return as FillImageWithClosing()
+/// @throws cv::Exception as FillImageWithClosing()
 [[nodiscard]] MORVANE_EXPORT bool FillImageWithErosion(cv::Mat const & image, cv::Mat & out, int size);
 
 /// Fills pixels that hold the maximum of the image from its opening by a square. Otherwise as FillImageWithErosion().
@@ -142,18 +144,21 @@ FillImageWithMedianNoZero(cv::Mat const & image, cv::Mat & out, connexity::eConn
 ///
 /// | array   | shape       | depths                              | channels | values |
 /// |---------|-------------|-------------------------------------|----------|--------|
-/// | `image` | rows x cols | `CV_8U`, `CV_16U`, `CV_16S`, `CV_32F`, `CV_64F` | 1 | 0 where nothing was measured |
+/// | `image` | rows x cols | `CV_32F`, `CV_64F`                  | 1        | 0 where nothing was measured |
 /// | `out`   | becomes rows x cols, or has this size and type | as `image` | 1 | filled |
+///
+/// Pixels below 0 are measured, and stay, but count among those of the part beside them. A maximum below -2147483647,
+/// where the tables of zone measures start, is taken for that.
 ///
 /// @param image see the table; pixels beyond a view never count
 /// @param out overwritten
-/// @param size side of the square, and mask size of the distance transform, which takes 3 and 5
-/// @return true when it was filled, false for a size below 3, with `out` untouched; false for several channels, with a
-///         filtered image in `out`
-/// @throws cv::Exception for a size that `cv::distanceTransform` does not take, with the closed image in `out`, and for
-///         what OpenCV's morphology refuses
+/// @param size side of the square, at least 3; the nearest region is found with masks of 5 x 5 in any case
+/// @return true when it was filled. False for a smaller size, with `out` untouched; false for `CV_8U`, `CV_16U` and
+///         `CV_16S`, whose holes would take values of 32 bits, with the closed image in `out`; false for several
+///         channels, with the closing of the image in `out`.
+/// @throws cv::Exception for what OpenCV's morphology refuses, as FillImageWithClosing()
 ///
-/// Cost: O(pixels), some 20 bytes for each. OpenCV's threads. The arguments must not overlap.
+/// Cost: O(pixels * size), some 20 bytes for each pixel. OpenCV's threads. The arguments must not overlap.
 ///
 /// @code
 /// bool const done = morvane::algorithm::FillHolesInterpolationWithMax(depth, filled, 5);
@@ -163,8 +168,8 @@ FillImageWithMedianNoZero(cv::Mat const & image, cv::Mat & out, connexity::eConn
 /// As FillHolesInterpolationWithMax(), with the lowest value of the dilated image over each part, its empty pixels left
 /// out.
 ///
-/// The image is dilated here too, not eroded. Pixels that are empty after it count as the maximum of the image plus 1,
-/// in the depth of the image, which wraps; a part of which nothing else is left takes that.
+/// The image is dilated here too, not eroded. Pixels that are empty after it count as the maximum of the image plus 1; a
+/// part of which nothing else is left takes that. A minimum above 2147483647 is taken for that.
 ///
 /// @param image as for FillHolesInterpolationWithMax()
 /// @param out as for FillHolesInterpolationWithMax()

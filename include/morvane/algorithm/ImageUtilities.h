@@ -48,7 +48,7 @@ namespace morvane::algorithm
 /// Finds the most frequent value of an image, in bins of about 1 from 0 to its maximum.
 ///
 /// The histogram is that of `cv::calcHist` on the image as `CV_32F`: n = `int(max + 1)` bins over [0, max + 1).
-/// Negative values are not counted.
+/// Negative values are not counted. A NaN is no maximum; where it is counted is OpenCV's affair.
 ///
 /// @param image one channel, any accepted depth
 /// @param mode number of the fullest bin; of several, the first
@@ -97,7 +97,8 @@ namespace morvane::algorithm
 /// Measures how much of two masks coincides when each lies at a position of its own.
 ///
 /// @param a one channel, any depth
-/// @param b of the same type: bits are compared, and any common bit makes a pixel count
+/// @param b of the same type: bits are compared, and any common bit makes a pixel count, of floating-point numbers any
+///        but the sign
 /// @param x1 column, in pixels, by which `b` lies to the right of `a`, together with @p x2: it starts at x1 - x2 of `a`
 /// @param y1 row, as `x1`
 /// @param x2 see @p x1
@@ -105,7 +106,7 @@ namespace morvane::algorithm
 /// @param norm what the count is divided by, such as the number of pixels of a mask; 0 gives infinity, or NaN for a
 ///        count of 0
 /// @return the number of pixels at which `a` and `b` have a bit in common, divided by `norm`; 0 when they do not meet
-/// @throws cv::Exception for several channels or types that differ
+/// @throws cv::Exception for several channels, types that differ and `CV_16F`, where the masks meet
 ///
 /// Cost: O(pixels of the overlap), and a copy of it. One thread.
 ///
