@@ -33,9 +33,12 @@ constexpr int kLeastSide = 3;
 /// The boxes of the connected parts, over the parts in grey.
 cv::Mat PictureOfBoxes(cv::Mat const & image)
 {
-    constexpr double kDim = 0.6;
+    // What is measured stays above black, however low.
+    constexpr double kDim = 0.5;
+    constexpr double kDarkest = 35.0;
     cv::Mat dim;
-    GreyPicture(image, {.isOfMeasured = true}).convertTo(dim, CV_8U, kDim);
+    GreyPicture(image, {.isOfMeasured = true}).convertTo(dim, CV_8U, kDim, kDarkest);
+    dim.setTo(0.0, image == 0.0);
     cv::Mat picture;
     cv::cvtColor(dim, picture, cv::COLOR_GRAY2BGR);
     std::vector<cv::Rect> boxes;

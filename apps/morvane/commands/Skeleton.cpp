@@ -63,9 +63,12 @@ std::string CsvOf(SegmentMap const & ends)
 /// The segments, each in a colour of its own, over the image in dark greys.
 cv::Mat PictureOfSegments(cv::Mat const & image, cv::Mat const & segments)
 {
+    // What is measured stays above black, however low.
     constexpr double kDim = 0.35;
+    constexpr double kDarkest = 35.0;
     cv::Mat dim;
-    GreyPicture(image, {.isOfMeasured = true}).convertTo(dim, CV_8U, kDim);
+    GreyPicture(image, {.isOfMeasured = true}).convertTo(dim, CV_8U, kDim, kDarkest);
+    dim.setTo(0.0, image == 0.0);
     cv::Mat picture;
     cv::cvtColor(dim, picture, cv::COLOR_GRAY2BGR);
     PictureOfZones(segments).copyTo(picture, segments > 0);
@@ -99,8 +102,8 @@ public:
         arguments
             .add_option(
                 "--tolerance", m_tolerance,
-                "how far, in pixels, the lines may lie from the segments, 1.5 by default; at least 0")
-            ->check(CLI::NonNegativeNumber);
+                "how far, in pixels, the lines may lie from the segments, 1.5 by default; above 0")
+            ->check(IsNumberAbove(0.0));
     }
 
     void Run() override

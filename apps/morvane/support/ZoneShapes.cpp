@@ -94,7 +94,8 @@ cv::Mat Computed(FlatZones const & zones, ZoneOperator * compute)
 
 Table TableOfShapes(FlatZones const & zones)
 {
-    Table table("zone", zones.areas > 0);
+    cv::Mat const isPresent = zones.areas > 0;
+    Table table("zone", isPresent);
     table.Add("value", ByZone(zones, zones.image));
     table.Add("area", zones.areas);
     cv::Mat const left = ComputeColMin(zones.numbers);
