@@ -60,15 +60,14 @@ std::string CsvOf(SegmentMap const & ends)
     return table.AsCsv();
 }
 
-/// The segments, each in a colour of its own, over the image in dark greys.
-cv::Mat PictureOfSegments(cv::Mat const & image, cv::Mat const & segments)
+/// The segments, each in a colour of its own, over the image in dark greys, on which the shape stands out.
+cv::Mat PictureOfSegments(cv::Mat const & image, cv::Mat const & shape, cv::Mat const & segments)
 {
-    // What is measured stays above black, however low.
-    constexpr double kDim = 0.35;
-    constexpr double kDarkest = 35.0;
+    constexpr double kDim = 0.2;
+    constexpr double kLift = 30.0;
     cv::Mat dim;
-    GreyPicture(image, {.isOfMeasured = true}).convertTo(dim, CV_8U, kDim, kDarkest);
-    dim.setTo(0.0, image == 0.0);
+    GreyPicture(image, {.isOfMeasured = true}).convertTo(dim, CV_8U, kDim);
+    cv::add(dim, kLift, dim, shape);
     cv::Mat picture;
     cv::cvtColor(dim, picture, cv::COLOR_GRAY2BGR);
     PictureOfZones(segments).copyTo(picture, segments > 0);
@@ -128,7 +127,7 @@ public:
         if (!m_output.empty()) outputs.Write(m_output, skeleton);
         if (!m_segments.empty()) outputs.WriteText(m_segments, CsvOf(ends));
         if (!m_labels.empty()) outputs.Write(m_labels, segments);
-        if (!m_picture.empty()) outputs.Write(m_picture, PictureOfSegments(image, segments));
+        if (!m_picture.empty()) outputs.Write(m_picture, PictureOfSegments(image, shape, segments));
         outputs.Commit();
 
         PrintImage(m_image, image);

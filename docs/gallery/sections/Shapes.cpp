@@ -63,7 +63,10 @@ void DrawShapes(Studio & studio)
         {"shape", "yard_objects.tif", "--boxes", "boxes.png", "--closed", "closed.png"},
         {{"boxes.png", "A box round each part"}, {"closed.png", "The parts, closed"}});
     CornerStep(
-        studio, "Corners", "ExtractHarrisCorners of the intensity: the corners of blocks, window and table light up.",
+        studio, "Corners",
+        "ExtractHarrisCorners of the intensity: the corners of the window, the door and the boxes are bright dots; "
+        "edges, which "
+        "are no corners, are dark lines.",
         "room_intensity.png", {"room_intensity-preview.png", "Intensity in the room"});
 }
 
