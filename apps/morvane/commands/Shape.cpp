@@ -103,9 +103,9 @@ public:
              {"tortuosity", kTortuosity},
              {"standard-elongation", kStandardElongation}},
             "what --values and --picture show: diameter (the longest path in a zone in pixels, the default), "
-            "elongation "
-            "(about 1 for a disc), tortuosity (that path by the way between its ends), standard-elongation (the "
-            "squared ratio of the axes of the outline; 0 for what is no wider than 2 pixels)");
+            "elongation (about 1 for a disc), tortuosity (that path by the way between its ends), standard-elongation "
+            "(the squared ratio of the axes of the outline, which is found only where it starts inside the labels "
+            "eroded by a square of 3 pixels, as in the first corner of the image, and is 0 elsewhere)");
         arguments.add_option("--values", m_values, "the measure at each pixel, a TIFF of doubles");
         arguments.add_option(
             "--picture", m_picture,

@@ -53,8 +53,8 @@ void DrawShapes(Studio & studio)
         "yard_things.png", things, "tortuosity");
     studio.Step(
         "The table",
-        "The same zones with all measures: area, bounding box, length, elongation, tortuosity, the ratio of the axes "
-        "of the outline, and the two ends.",
+        "The same zones with all measures: area, bounding box, length, elongation, tortuosity, and the two ends. The "
+        "ratio of the axes is 0: no outline starts in the first corner of the image.",
         {"shape", "yard_things.png"}, std::vector<Figure>());
     studio.Step(
         "Boxes, and shapes closed",
