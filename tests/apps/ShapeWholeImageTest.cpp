@@ -73,7 +73,7 @@ TEST_F(ShapeOfWholeImage, Boxes_AreDrawnRoundTheParts)
     {
         for (int x = 0; x < image.cols; ++x)
         {
-            cv::Vec3b const colour = picture(y, x);
+            cv::Vec3b const & colour = picture(y, x);
             if (isFrame(y, x) != 0)
             {
                 colours.insert({isFrame(y, x), colour[0], colour[1], colour[2]});

@@ -188,7 +188,7 @@ TEST_F(SkeletonCommand, Picture_ShowsSegmentsOverTheImage)
     {
         for (int x = 0; x < image.cols; ++x)
         {
-            cv::Vec3b const colour = picture(y, x);
+            cv::Vec3b const & colour = picture(y, x);
             if (labels(y, x) > 0)
             {
                 drawn.insert(labels(y, x));
