@@ -3,6 +3,8 @@
 #include <morvane/common/ImageCompare.h>
 #include <morvane/connexity/ZoneMeasures.h>
 
+#include "common/Morphology.h"
+
 #include <opencv2/imgproc.hpp>
 
 namespace morvane::algorithm
@@ -20,21 +22,16 @@ constexpr int kGreater = 1;
 constexpr int kSmallestSize = 3;
 
 /// Applies one of OpenCV's morphological operations with a square.
-void Filter(cv::Mat const & image, cv::Mat & out, int operation, int size)
+void FilterBySquare(cv::Mat const & image, cv::Mat & out, int operation, int size)
 {
-    cv::Point const centre(-1, -1);
-    cv::Mat const square = cv::getStructuringElement(cv::MORPH_RECT, cv::Size(size, size), centre);
-    // Isolated: of a view, the morphology would else see the pixels around it in its parent.
-    cv::morphologyEx(
-        image, out, operation, square, centre, 1, cv::BORDER_CONSTANT | cv::BORDER_ISOLATED,
-        cv::morphologyDefaultBorderValue());
+    common::Filter(image, out, operation, common::StructuringElement(cv::MORPH_RECT, size));
 }
 
 /// Filters the pixels that are 0; the others stay.
 bool FilterZeros(cv::Mat const & image, cv::Mat & out, int operation, int size)
 {
     if (size < kSmallestSize) return false;
-    Filter(image, out, operation, size);
+    FilterBySquare(image, out, operation, size);
     return ImageCompare(image, kEqual, 0.0, out, image, out);
 }
 
@@ -42,7 +39,7 @@ bool FilterZeros(cv::Mat const & image, cv::Mat & out, int operation, int size)
 bool FilterMaxima(cv::Mat const & image, cv::Mat & out, int operation, int size)
 {
     if (size < kSmallestSize) return false;
-    Filter(image, out, operation, size);
+    FilterBySquare(image, out, operation, size);
     double maximum = 0.0;
     cv::minMaxLoc(image, nullptr, &maximum);
     return ImageCompare(image, kEqual, maximum, out, image, out);
@@ -66,7 +63,7 @@ bool DivideHoles(cv::Mat const & image, int size, cv::Mat & holes)
 bool PrepareHoles(cv::Mat const & image, cv::Mat & out, int size, cv::Mat & holes, cv::Mat & dilated)
 {
     if (!FillImageWithClosing(image, out, size) || !DivideHoles(out, size, holes)) return false;
-    Filter(out, dilated, cv::MORPH_DILATE, size);
+    FilterBySquare(out, dilated, cv::MORPH_DILATE, size);
     return true;
 }
 

@@ -1,11 +1,11 @@
 #include <morvane/filters/AlternatingSequentialFilters.h>
 
 #include "common/Dispatch.h"
+#include "common/Morphology.h"
 
 #include <opencv2/imgproc.hpp>
 
 #include <array>
-#include <cfloat>
 
 namespace morvane::filters
 {
@@ -20,13 +20,10 @@ bool FilterInTurns(cv::Mat const & src, cv::Mat & dst, int maxSize, int shape, s
     src.copyTo(dst);
     for (int size = 3; size <= maxSize; size += 2)
     {
-        cv::Mat const element = cv::getStructuringElement(shape, {size, size});
+        cv::Mat const element = common::StructuringElement(shape, size);
         for (int const operation : operations)
         {
-            // Isolated: of a view, the morphology would else see the pixels around it in its parent.
-            cv::morphologyEx(
-                dst, dst, operation, element, {-1, -1}, 1, cv::BORDER_CONSTANT | cv::BORDER_ISOLATED,
-                cv::Scalar::all(DBL_MAX));
+            common::Filter(dst, dst, operation, element);
         }
     }
     return true;
