@@ -24,7 +24,7 @@ constexpr int kSmallestSize = 3;
 /// Applies one of OpenCV's morphological operations with a square.
 void FilterBySquare(cv::Mat const & image, cv::Mat & out, int operation, int size)
 {
-    common::Filter(image, out, operation, common::Element(cv::MORPH_RECT, size));
+    common::Filter(image, out, operation, common::StructuringElement(cv::MORPH_RECT, size));
 }
 
 /// Filters the pixels that are 0; the others stay.

@@ -10,7 +10,7 @@ namespace morvane::common
 /// A structuring element, square or inscribed in a square, anchored in its middle.
 ///
 /// @throws cv::Exception for a shape or a size that OpenCV does not take
-[[nodiscard]] inline cv::Mat Element(int shape, int size)
+[[nodiscard]] inline cv::Mat StructuringElement(int shape, int size)
 {
     return cv::getStructuringElement(shape, cv::Size(size, size), cv::Point(-1, -1));
 }

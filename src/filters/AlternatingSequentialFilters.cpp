@@ -20,7 +20,7 @@ bool FilterInTurns(cv::Mat const & src, cv::Mat & dst, int maxSize, int shape, s
     src.copyTo(dst);
     for (int size = 3; size <= maxSize; size += 2)
     {
-        cv::Mat const element = common::Element(shape, size);
+        cv::Mat const element = common::StructuringElement(shape, size);
         for (int const operation : operations)
         {
             common::Filter(dst, dst, operation, element);
