@@ -1,6 +1,7 @@
 #include "features/GrowingSquares.h"
 
 #include "common/Dispatch.h"
+#include "common/Morphology.h"
 
 #include <opencv2/imgproc.hpp>
 
@@ -133,10 +134,7 @@ void SelectInRow(T * row, int columns, int radius, Select select, T neutral, std
 /// One of OpenCV's two filters by a square of 3 pixels, in place.
 void Filter(cv::Mat & image, int operation, cv::Mat & memory)
 {
-    cv::Mat const square = cv::getStructuringElement(cv::MORPH_RECT, cv::Size(3, 3));
-    cv::morphologyEx(
-        image, memory, operation, square, cv::Point(-1, -1), 1, cv::BORDER_CONSTANT,
-        cv::morphologyDefaultBorderValue());
+    common::Filter(image, memory, operation, common::StructuringElement(cv::MORPH_RECT, 3));
     cv::swap(image, memory);
 }
 

@@ -3,6 +3,7 @@
 #include <morvane/common/ImageCompare.h>
 
 #include "common/Dispatch.h"
+#include "common/Morphology.h"
 #include "features/GrowingSquares.h"
 
 #include <algorithm>
@@ -44,19 +45,6 @@ bool IsMeasurable(cv::Mat const & src)
     return common::IsRaster(src) && common::IsSingleChannel(src) && src.rows >= 3 && src.cols >= 3;
 }
 
-cv::Mat Element(int shape, int size)
-{
-    return cv::getStructuringElement(shape, cv::Size(size, size), cv::Point(-1, -1));
-}
-
-/// One of OpenCV's morphological operations, on the pixels of a view alone.
-void Filter(cv::Mat const & src, cv::Mat & dst, int operation, cv::Mat const & element, int iterations = 1)
-{
-    cv::morphologyEx(
-        src, dst, operation, element, cv::Point(-1, -1), iterations, cv::BORDER_CONSTANT | cv::BORDER_ISOLATED,
-        cv::morphologyDefaultBorderValue());
-}
-
 double Sum(cv::Mat const & image)
 {
     return cv::sum(image)[0];
@@ -82,7 +70,7 @@ bool MeasureOpenings(cv::Mat const & src, std::vector<double> & curve, int shape
         }
         else
         {
-            Filter(current, next, operation, Element(shape, 2 * i + 1));
+            common::Filter(current, next, operation, common::StructuringElement(shape, 2 * i + 1));
         }
         if (common::AreImagesEqual(current, next)) break;
         cv::swap(current, next);
@@ -122,7 +110,7 @@ bool BoundingConvexHulls(cv::Mat const & src, cv::Mat & dst)
     cv::Mat const shape = ShapeOf(src);
     if (shape.empty()) return true;
     cv::Mat closed;
-    Filter(shape, closed, cv::MORPH_CLOSE, Element(cv::MORPH_RECT, kSize), kTimes);
+    common::Filter(shape, closed, cv::MORPH_CLOSE, common::StructuringElement(cv::MORPH_RECT, kSize), kTimes);
     if (OuterContours(closed, 2).empty()) return true;
     // The closed shape covers whatever is drawn before it: its contours, filled, are not drawn at all.
     closed.copyTo(dst);
@@ -154,8 +142,8 @@ bool MorphologicalFractalDimension(cv::Mat const & src, std::vector<double> & cu
         }
         else
         {
-            Filter(src, eroded, cv::MORPH_ERODE, Element(shape, size));
-            Filter(src, dilated, cv::MORPH_DILATE, Element(shape, size));
+            common::Filter(src, eroded, cv::MORPH_ERODE, common::StructuringElement(shape, size));
+            common::Filter(src, dilated, cv::MORPH_DILATE, common::StructuringElement(shape, size));
         }
         cv::subtract(dilated, eroded, difference);
         curve.push_back(Sum(difference) / size);

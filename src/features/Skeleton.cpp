@@ -6,6 +6,7 @@
 #include <morvane/geodesy/GeodesicOperators.h>
 
 #include "common/Dispatch.h"
+#include "common/Morphology.h"
 #include "tarnel/PolylineSimplification.h"
 
 #include <algorithm>
@@ -19,18 +20,10 @@ namespace morvane::features
 namespace
 {
 
-constexpr int kBorder = static_cast<int>(cv::BORDER_CONSTANT) | static_cast<int>(cv::BORDER_ISOLATED);
-
-cv::Mat Element(int shape, int size)
-{
-    return cv::getStructuringElement(shape, cv::Size(size, size), cv::Point(-1, -1));
-}
-
 cv::Mat Filtered(cv::Mat const & image, int operation, cv::Mat const & element)
 {
     cv::Mat filtered;
-    cv::morphologyEx(
-        image, filtered, operation, element, cv::Point(-1, -1), 1, kBorder, cv::morphologyDefaultBorderValue());
+    common::Filter(image, filtered, operation, element);
     return filtered;
 }
 
@@ -145,10 +138,11 @@ bool ExtractSkeletonByErosion(cv::Mat const & src, cv::Mat & dst, cv::MorphShape
     constexpr std::size_t kLeastArea = 5;
     bool const isReady = common::IsRaster(src) && common::IsSingleChannel(src) && src.rows >= 3 && src.cols >= 3;
     if (!isReady) return false;
-    cv::Mat const residues = SumOfResidues(src.clone(), Element(shape, kernelSize));
+    cv::Mat const residues = SumOfResidues(src.clone(), common::StructuringElement(shape, kernelSize));
     // Joined by one shape and thinned by another: what they do to corners is not meant to cancel.
-    cv::Mat const joined = Filtered(residues, cv::MORPH_DILATE, Element(shape, 2 * kernelSize));
-    cv::Mat const thinned = Filtered(joined, cv::MORPH_ERODE, Element(cv::MORPH_CROSS, 2 * kernelSize));
+    cv::Mat const joined = Filtered(residues, cv::MORPH_DILATE, common::StructuringElement(shape, 2 * kernelSize));
+    cv::Mat const thinned =
+        Filtered(joined, cv::MORPH_ERODE, common::StructuringElement(cv::MORPH_CROSS, 2 * kernelSize));
     dst = thinned.clone();
     return connexity::AttributeOpening(thinned, common::eAttributeArea, connexity::eConnexity8, kLeastArea, dst);
 }
