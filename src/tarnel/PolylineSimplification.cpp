@@ -27,8 +27,8 @@ double DistanceToSegment(Eigen::Vector2d const & point, Eigen::Vector2d const & 
 bool RDP_2DPolylineSimplification(Polyline const & in, double tolerance, Polyline & out)
 {
     bool const isFinite = !std::isnan(tolerance) && std::all_of(in.begin(), in.end(), [](auto const & entry) {
-                              return entry.second.allFinite();
-                          });
+        return entry.second.allFinite();
+    });
     if (!isFinite) return false;
     std::vector<Polyline::value_type> const points(in.begin(), in.end());
     std::vector<bool> stays(points.size(), false);
