@@ -74,6 +74,9 @@ void ForEachVector(Test && test)
     test.template operator()<cv::Vec<T, 4>>();
 }
 
+/// The depths that OpenCV's morphology takes.
+inline constexpr std::array kMorphologyDepths{CV_8U, CV_16U, CV_16S, CV_32F, CV_64F};
+
 /// A line for SCOPED_TRACE.
 inline std::string Case(int imageType, cv::Size size, int connexity)
 {

@@ -2,6 +2,7 @@
 /// The fills pixel by pixel: windows without tricks, neighbours one after the other, lists that are sorted whole.
 #pragma once
 
+#include "support/AllTypes.h"
 #include "support/RandomImages.h"
 
 #include <opencv2/core.hpp>
@@ -23,9 +24,6 @@ enum class SquareFill : int
 
 inline constexpr std::array kSquareFills{
     SquareFill::Closing, SquareFill::Dilation, SquareFill::Erosion, SquareFill::Opening};
-
-/// The depths that the morphology of OpenCV takes.
-inline constexpr std::array kMorphologyDepths{CV_8U, CV_16U, CV_16S, CV_32F, CV_64F};
 
 /// Calls the operator.
 [[nodiscard]] bool CallSquareFill(SquareFill fill, cv::Mat const & image, cv::Mat & out, int size);

@@ -3,6 +3,7 @@
 /// from end to end.
 #pragma once
 
+#include "support/AllTypes.h"
 #include "support/RandomImages.h"
 
 #include <opencv2/core.hpp>
@@ -93,9 +94,6 @@ inline constexpr std::array kMarkerKinds{
 
 /// A random marker for a mask.
 [[nodiscard]] cv::Mat RandomMarker(Random & random, cv::Mat const & mask, MarkerKind kind, bool sparseHigh = false);
-
-/// The depths that OpenCV's morphology takes.
-inline constexpr std::array kMorphologyDepths{CV_8U, CV_16U, CV_16S, CV_32F, CV_64F};
 
 /// Sizes of elements: one pixel, those of the sweeps, others.
 [[nodiscard]] std::vector<cv::Size> const & KernelSizes();
