@@ -55,8 +55,7 @@ void ExpectPathOf(Drawing const & drawing, OraclePath const & expected)
     ExpectPath(PixelsOf(image), expected);
     // Where the pixels lie makes no difference, also left of and above 0.
     cv::Point const offset(-1000, 70000);
-    ExpectPath(
-        PixelsOf(image, offset), {expected.first + offset, expected.second + offset, expected.length});
+    ExpectPath(PixelsOf(image, offset), {expected.first + offset, expected.second + offset, expected.length});
 }
 
 TEST(GeodesicPath, OfOnePixel_HasOnePixel)

@@ -12,7 +12,6 @@
 #include <cfloat>
 #include <cmath>
 #include <cstring>
-#include <deque>
 
 namespace morvane::tests
 {
@@ -111,8 +110,7 @@ cv::Mat Element(int shape, int size)
 cv::Mat Morphed(cv::Mat const & src, int operation, cv::Mat const & element)
 {
     cv::Mat out;
-    cv::morphologyEx(
-        src, out, operation, element, cv::Point(-1, -1), 1, cv::BORDER_CONSTANT, cv::Scalar::all(DBL_MAX));
+    cv::morphologyEx(src, out, operation, element, cv::Point(-1, -1), 1, cv::BORDER_CONSTANT, cv::Scalar::all(DBL_MAX));
     return out;
 }
 
@@ -200,13 +198,14 @@ cv::Mat1d Convolved(cv::Mat1d const & image, Kernel const & across, Kernel const
     {
         for (int x = 0; x < image.cols; ++x)
         {
-            for (int dy = -3; dy <= 3; ++dy)
+            for (int row = 0; row < 7; ++row)
             {
-                for (int dx = -3; dx <= 3; ++dx)
+                for (int column = 0; column < 7; ++column)
                 {
                     double const weight =
-                        across[static_cast<std::size_t>(dx + 3)] * down[static_cast<std::size_t>(dy + 3)];
-                    out(y, x) += weight * image(Mirrored(y + dy, image.rows), Mirrored(x + dx, image.cols));
+                        across[static_cast<std::size_t>(column)] * down[static_cast<std::size_t>(row)];
+                    cv::Point const at(Mirrored(x + column - 3, image.cols), Mirrored(y + row - 3, image.rows));
+                    out(y, x) += weight * image(at);
                 }
             }
         }

@@ -62,8 +62,8 @@ bool IsMarkedByZhangSuen(Around const & p, int iter)
 
 bool IsMarkedByGuoHall(Around const & p, int iter)
 {
-    int const c = Count(
-        {!p[2] && (p[3] || p[4]), !p[4] && (p[5] || p[6]), !p[6] && (p[7] || p[8]), !p[8] && (p[9] || p[2])});
+    int const c =
+        Count({!p[2] && (p[3] || p[4]), !p[4] && (p[5] || p[6]), !p[6] && (p[7] || p[8]), !p[8] && (p[9] || p[2])});
     int const n1 = Count({p[9] || p[2], p[3] || p[4], p[5] || p[6], p[7] || p[8]});
     int const n2 = Count({p[2] || p[3], p[4] || p[5], p[6] || p[7], p[8] || p[9]});
     int const n = std::min(n1, n2);
@@ -79,8 +79,8 @@ cv::Mat1b SubIteration(cv::Mat1b const & image, int type, int iter)
         for (int x = 1; x < image.cols - 1; ++x)
         {
             Around const p = AroundPixel(image, y, x);
-            bool const isMarked = (type == 0 && IsMarkedByZhangSuen(p, iter)) ||
-                                  (type == 1 && IsMarkedByGuoHall(p, iter));
+            bool const isMarked =
+                (type == 0 && IsMarkedByZhangSuen(p, iter)) || (type == 1 && IsMarkedByGuoHall(p, iter));
             marker(y, x) = isMarked ? 255 : 0;
         }
     }
@@ -93,8 +93,7 @@ cv::Mat Morphed(cv::Mat const & src, int operation, int shape, int size)
 {
     cv::Mat const element = cv::getStructuringElement(shape, cv::Size(size, size), cv::Point(-1, -1));
     cv::Mat out;
-    cv::morphologyEx(
-        src, out, operation, element, cv::Point(-1, -1), 1, cv::BORDER_CONSTANT, cv::Scalar::all(DBL_MAX));
+    cv::morphologyEx(src, out, operation, element, cv::Point(-1, -1), 1, cv::BORDER_CONSTANT, cv::Scalar::all(DBL_MAX));
     return out;
 }
 
@@ -158,8 +157,7 @@ features::SegmentMap ReadBack(cv::Mat const & lines)
     for (int label = static_cast<int>(smallest); label <= static_cast<int>(largest); ++label)
     {
         cv::Mat extremities;
-        EXPECT_TRUE(
-            connexity::GeodesicExtremitiesOnFlatZonesNoZero(ZoneOf(lines, label, lines.type()), extremities));
+        EXPECT_TRUE(connexity::GeodesicExtremitiesOnFlatZonesNoZero(ZoneOf(lines, label, lines.type()), extremities));
         std::vector<cv::Point> positions;
         for (int y = 0; y < extremities.rows; ++y)
         {

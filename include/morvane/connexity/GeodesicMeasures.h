@@ -88,9 +88,9 @@ namespace morvane::connexity
 ///
 /// Contours are the outer ones of all that is not empty, the zones together, as `cv::findContours` finds them
 /// (8-connected, straight parts by their ends alone). A contour belongs to the zone whose number the image of numbers,
-/// eroded by a square of 3 pixels, holds at the contour's first point. Without a number there, which includes all that
-/// is no wider than 2 pixels, the contour counts for nothing. All points of one number are measured together: with
-/// their central moments, t = mu20 + mu02 and s = sqrt((mu20 - mu02)^2 + 4 mu11^2), the measure is (t + s) / (t - s),
+/// eroded by a square of 3 pixels, holds at the contour's first point: as the contour is the edge of what is not empty,
+/// there is none unless the edge is that of the image, too. Without a number there the contour counts for nothing. All
+/// points of one number are measured together: with their central moments, t = mu20 + mu02 and s = sqrt((mu20 - mu02)^2 + 4 mu11^2), the measure is (t + s) / (t - s),
 /// or 1 where t equals s.
 ///
 /// @param image see the head of this file
