@@ -107,7 +107,7 @@ bool MarkExtremities(cv::Mat const & image, Marked marked, cv::Mat & out)
     for (int label = 1; label <= zones.Largest(); ++label)
     {
         if (zones.Pixels(label).empty()) continue;
-        LongestPath const path = walk.FindLongestPath(zones.Pixels(label));
+        LongestPath const path = walk.CountLongestPath(zones.Pixels(label));
         marks.at<uchar>(path.first) = 255;
         if (marked == Marked::Both) marks.at<uchar>(path.second) = 255;
     }
@@ -137,7 +137,7 @@ bool LabelWithMeasure(cv::Mat const & image, Measure const & measure, cv::Mat & 
         for (int label = labels.start; label < labels.end; ++label)
         {
             auto const pixels = zones.Pixels(label);
-            if (!pixels.empty()) measures(label) = measure(walk.FindLongestPath(pixels), pixels.size());
+            if (!pixels.empty()) measures(label) = measure(walk.CountLongestPath(pixels), pixels.size());
         }
     });
     return Apply(zones, measures, out);

@@ -17,8 +17,8 @@ namespace morvane::connexity::geodesic_internals
 namespace
 {
 
-/// From here on, what is counted in 16 bits saturates.
-constexpr int kSaturatedLength = std::numeric_limits<ushort>::max();
+/// From here on, what is counted in 16 bits saturates: what is not reached has one more than the longest distance.
+constexpr int kSaturatedLength = std::numeric_limits<ushort>::max() - 1;
 
 /// The pixel that is nearest to the middle of the box.
 cv::Point NearestToMiddle(std::span<cv::Point const> pixels, cv::Rect const & box)
@@ -59,9 +59,11 @@ Distant FarthestInRegion(cv::Mat const & region, cv::Point const & start)
     return farthest;
 }
 
-/// The longest path where the counting saturates: many pixels are as far as can be counted, and those outside are as well.
-LongestPath FindSaturatedPath(std::span<cv::Point const> pixels, cv::Rect const & box, cv::Point const & start)
+/// The longest path where the counting saturates: what is outside seems farther than all that is inside.
+LongestPath FindSaturatedPath(std::span<cv::Point const> pixels)
 {
+    cv::Rect const box = BoxOf(pixels);
+    cv::Point const start = NearestToMiddle(pixels, box);
     cv::Mat region = cv::Mat::zeros(box.size(), CV_16UC1);
     for (cv::Point const & pixel : pixels)
     {
@@ -85,16 +87,18 @@ WalkPlane::WalkPlane(cv::Mat labels)
 
 LongestPath GeodesicWalk::FindLongestPath(std::span<cv::Point const> pixels)
 {
-    cv::Rect const box = BoxOf(pixels);
-    cv::Point const start = NearestToMiddle(pixels, box);
+    cv::Point const start = NearestToMiddle(pixels, BoxOf(pixels));
     Farthest const end = FindFarthest(start);
     Farthest const first = FindFarthest(end.pixel);
     Farthest const second = FindFarthest(first.pixel);
-    if (std::max({end.distance, first.distance, second.distance}) >= kSaturatedLength)
-    {
-        return FindSaturatedPath(pixels, box, start);
-    }
     return {first.pixel, second.pixel, static_cast<double>(second.distance)};
+}
+
+LongestPath GeodesicWalk::CountLongestPath(std::span<cv::Point const> pixels)
+{
+    LongestPath const path = FindLongestPath(pixels);
+    // Of the three walks, the last is the longest.
+    return path.length < kSaturatedLength ? path : FindSaturatedPath(pixels);
 }
 
 GeodesicWalk::Farthest GeodesicWalk::FindFarthest(cv::Point const & start)
@@ -171,7 +175,7 @@ bool GeodesicPath(std::vector<cv::Point> const & points, cv::Point & first, cv::
         region.at<int>(pixels.back()) = 1;
     }
     WalkPlane plane(region);
-    LongestPath const path = GeodesicWalk(plane).FindLongestPath(pixels);
+    LongestPath const path = GeodesicWalk(plane).CountLongestPath(pixels);
     first = path.first + box.tl();
     second = path.second + box.tl();
     length = path.length;

@@ -47,10 +47,15 @@ public:
         : m_plane(&plane)
     {}
 
-    /// The longest path as three walks find it.
+    /// The longest path as three walks find it, however long it is.
     ///
     /// @param pixels all pixels of one number, in raster order, at least one
     [[nodiscard]] LongestPath FindLongestPath(std::span<cv::Point const> pixels);
+
+    /// The same as it is found when distances are counted in 16 bits: too long a path ends outside the pixels.
+    ///
+    /// @param pixels as for FindLongestPath()
+    [[nodiscard]] LongestPath CountLongestPath(std::span<cv::Point const> pixels);
 
     /// Walks from a pixel to all that can be reached.
     ///

@@ -12,14 +12,16 @@ namespace tarnel
 namespace
 {
 
-/// How far a point is from a segment, which may be a point.
+/// How far a point is from a segment, which may be a point. Exactly 0 on it where the coordinates are integers.
 double DistanceToSegment(Eigen::Vector2d const & point, Eigen::Vector2d const & start, Eigen::Vector2d const & end)
 {
     Eigen::Vector2d const along = end - start;
+    Eigen::Vector2d const from = point - start;
     double const squaredLength = along.squaredNorm();
-    if (squaredLength == 0.0) return (point - start).norm();
-    double const place = std::clamp((point - start).dot(along) / squaredLength, 0.0, 1.0);
-    return (point - (start + place * along)).norm();
+    double const place = from.dot(along);
+    if (place <= 0.0) return from.norm();
+    if (place >= squaredLength) return (point - end).norm();
+    return std::abs(along.x() * from.y() - along.y() * from.x()) / std::sqrt(squaredLength);
 }
 
 } // namespace

@@ -10,8 +10,9 @@
 /// three walks: from the pixel nearest to the middle of the bounding box to the farthest, from there to the farthest,
 /// which is the first extremity, and from there to the farthest, which is the second. Of pixels as far, the first in
 /// raster order is taken. Zones are numbered in 16 bits: numbers above 32767 read as negative, and their zones are left
-/// out; numbers from 65537 on repeat, and zones of one number are measured together. From a length of 65535 on,
-/// counting saturates.
+/// out; numbers from 65537 on repeat, and zones of one number are measured together. Distances are counted in 16 bits:
+/// to a walk of 65534 pixels or more, what lies in the bounding box and is not reached seems as far as 65535; it ends
+/// there, outside the zone, and the next walk has the length 1. In a zone that is all of its box, lengths end at 65535.
 #pragma once
 
 #include <morvane/Export.h>
@@ -31,7 +32,7 @@ namespace morvane::connexity
 ///         channels, or more than two dimensions.
 /// @throws std::bad_alloc, cv::Exception when memory runs out
 ///
-/// Cost: O(pixels), for zones shorter than 65535. About 10 bytes for each pixel. One thread. `image` and `out` may be
+/// Cost: O(pixels), for zones shorter than 65534. About 10 bytes for each pixel. One thread. `image` and `out` may be
 /// the same object.
 ///
 /// @code
@@ -57,7 +58,7 @@ namespace morvane::connexity
 /// @return as GeodesicExtremitiesOnFlatZonesNoZero()
 /// @throws std::bad_alloc, cv::Exception when memory runs out
 ///
-/// Cost: O(pixels), for zones shorter than 65535; OpenCV's threads, each with zones of its own: the result does not
+/// Cost: O(pixels), for zones shorter than 65534; OpenCV's threads, each with zones of its own: the result does not
 /// depend on their number. Memory and aliasing as for GeodesicExtremitiesOnFlatZonesNoZero().
 [[nodiscard]] MORVANE_EXPORT bool LabelFlatZonesNoZeroWithGeodesicDiameter(cv::Mat const & image, cv::Mat & out);
 
@@ -87,9 +88,9 @@ namespace morvane::connexity
 ///
 /// Contours are the outer ones of all that is not empty, the zones together, as `cv::findContours` finds them
 /// (8-connected, straight parts by their ends alone). A contour belongs to the zone whose number the image of numbers,
-/// eroded by a square of 3 pixels, holds at the contour's first point. Without a number there, which includes all that
-/// is no wider than 2 pixels, the contour counts for nothing. All points of one number are measured together: with
-/// their central moments, t = mu20 + mu02 and s = sqrt((mu20 - mu02)^2 + 4 mu11^2), the measure is (t + s) / (t - s),
+/// eroded by a square of 3 pixels, holds at the contour's first point: as the contour is the edge of what is not empty,
+/// there is none unless the edge is that of the image, too. Without a number there the contour counts for nothing. All
+/// points of one number are measured together: with their central moments, t = mu20 + mu02 and s = sqrt((mu20 - mu02)^2 + 4 mu11^2), the measure is (t + s) / (t - s),
 /// or 1 where t equals s.
 ///
 /// @param image see the head of this file
