@@ -18,6 +18,7 @@
 #include <morvane/connexity/ConnectedZoneScan.h>
 #include <morvane/connexity/Connexity.h>
 #include <morvane/connexity/Flooding.h>
+#include <morvane/connexity/GeodesicMeasures.h>
 #include <morvane/connexity/Labelling.h>
 #include <morvane/connexity/MaxTree.h>
 #include <morvane/connexity/RegionalExtrema.h>
@@ -26,6 +27,8 @@
 #include <morvane/connexity/ZoneMeasures.h>
 #include <morvane/features/NormalComputation.h>
 #include <morvane/features/Normals.h>
+#include <morvane/features/ShapeDescriptors.h>
+#include <morvane/features/Skeleton.h>
 #include <morvane/filters/AlternatingSequentialFilters.h>
 #include <morvane/filters/NonLocalMeans.h>
 #include <morvane/filters/Sampling.h>
