@@ -21,6 +21,7 @@
 #include <morvane/connexity/GeodesicMeasures.h>
 #include <morvane/connexity/Labelling.h>
 #include <morvane/connexity/MaxTree.h>
+#include <morvane/connexity/QuasiFlatZones.h>
 #include <morvane/connexity/RegionalExtrema.h>
 #include <morvane/connexity/UltimateAttributeOpening.h>
 #include <morvane/connexity/ZoneGraph.h>
