@@ -3,6 +3,7 @@
 #include <morvane/common/ImageCompare.h>
 #include <morvane/connexity/ZoneMeasures.h>
 
+#include "common/Comparisons.h"
 #include "common/Morphology.h"
 
 #include <opencv2/imgproc.hpp>
@@ -11,13 +12,11 @@ namespace morvane::algorithm
 {
 
 using common::ImageCompare;
+using common::kEqual;
+using common::kGreater;
 
 namespace
 {
-
-// The comparisons of ImageCompare().
-constexpr int kEqual = 0;
-constexpr int kGreater = 1;
 
 constexpr int kSmallestSize = 3;
 

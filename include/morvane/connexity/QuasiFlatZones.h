@@ -17,6 +17,7 @@
 namespace morvane
 {
 
+/// Orders of morphological steps.
 namespace projection
 {
 
@@ -53,11 +54,11 @@ enum ProjectionType : int
 /// @param filter whether to filter
 /// @param filtered see the table
 /// @param labels see the table
-/// @return true when both were written. False when the holes could not be filled, with `labels` untouched; false, with
-///         `labels` 0, for an image without pixels or of a depth that connexity::LabelDeltaFlatZonesNoZero() refuses.
-///         `filtered` is overwritten then.
-/// @throws cv::Exception for what OpenCV refuses: a filter of `CV_32S`, `CV_8S` or `CV_16F`, holes filled in an empty
-///         image; std::bad_alloc when memory runs out
+/// @return true when both were written, also for an image without pixels. False when the holes could not be filled,
+///         with `labels` untouched; false, with `labels` 0, for an image that connexity::LabelDeltaFlatZonesNoZero()
+///         refuses. `filtered` is overwritten then.
+/// @throws cv::Exception for what OpenCV refuses: to filter or to fill `CV_32S`, `CV_8S`, `CV_16F` and images without
+///         pixels; std::bad_alloc when memory runs out
 ///
 /// Cost: O(pixels * windowSize), in vector code, and one labelling. OpenCV's threads. `image` and `filtered` must not
 /// overlap.
