@@ -151,9 +151,9 @@ bool ExtractSegmentsFromSkeleton(cv::Mat const & skeleton, double tolerance, cv:
 {
     if (skeleton.empty() || !common::IsRaster(skeleton)) return false;
     cv::Mat labels = cv::Mat::zeros(skeleton.size(), CV_32SC1);
-    bool const isSplit = skeleton_internals::SplitSkeletonBySegments(skeleton, labels);
+    if (!skeleton_internals::SplitSkeletonBySegments(skeleton, labels)) return false;
     segments = cv::Mat::zeros(labels.size(), labels.type());
-    return isSplit && skeleton_internals::SimplifyMultiLabeledSegments(labels, tolerance, segments, ends);
+    return skeleton_internals::SimplifyMultiLabeledSegments(labels, tolerance, segments, ends);
 }
 
 namespace skeleton_internals

@@ -69,17 +69,19 @@ ExtractSkeletonByErosion(cv::Mat const & src, cv::Mat & dst, cv::MorphShapes sha
 
 /// Cuts a skeleton where it forks, and replaces each branch by straight segments.
 ///
-/// @param skeleton one channel, any accepted depth: lines of pixels that are not empty
+/// @param skeleton 1 to 4 channels, any accepted depth: lines of pixels that are not empty; where the values of two
+///        neighbours differ, it is cut, too
 /// @param tolerance how far, in pixels, a pixel of a branch may lie from the segments
 /// @param segments becomes `CV_32SC1` of the same size: each segment is drawn with its label, later ones over earlier
 ///         ones
 /// @param ends the ends of each segment under its label; not cleared: labels go on from the largest that is there, and
 ///        entries that are there stay
-/// @return true when all was done; false, with what was done so far in the outputs, for an empty image, and when a step
-///         fails, as for several channels or a refused depth
+/// @return true when all was done; false, with the outputs untouched, for an empty image, a refused depth, more than 4
+///         channels, or more than two dimensions
 /// @throws std::bad_alloc, cv::Exception when memory runs out
 ///
-/// Cost: O(pixels), and the boxes of the branches. One thread. The arguments must not overlap.
+/// Cost: O(pixels), and again what is left of a piece for each branch cut off it, and for each segment the box of its
+/// branch. One thread. The arguments must not overlap.
 ///
 /// @code
 /// morvane::features::SegmentMap ends;
@@ -100,7 +102,7 @@ namespace skeleton_internals
 /// Pieces wait in a queue. The branch of the first is cut off; what is left of it goes to the end of the queue, in
 /// pieces.
 ///
-/// @param skeleton one channel, any accepted depth
+/// @param skeleton as for ExtractSegmentsFromSkeleton()
 /// @param labels `CV_32SC1` of the same size, set to 0 by the caller; becomes the branches, from 1
 /// @return true when all is labelled; false as ExtractSegmentsFromSkeleton(), and for `labels` of another type or size
 /// @throws std::bad_alloc, cv::Exception when memory runs out
