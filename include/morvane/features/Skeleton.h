@@ -26,7 +26,8 @@ using SegmentMap = std::map<int, std::pair<cv::Point, cv::Point>>;
 /// Thins a shape to lines of one pixel, from all sides in turns, without parting it.
 ///
 /// One iteration has two halves, each of which removes all pixels at once that its tests allow, read from the image
-/// before the half. Pixels of the outermost rows and columns are never removed.
+/// before the half. Pixels of the outermost rows and columns are never removed. By ThinningZhangSuen, parts that have
+/// come down to a square of four pixels vanish, and diagonal lines of two pixels' width are shortened to their middle.
 ///
 /// @param src `CV_8UC1`; from 128 on a pixel belongs to the shape
 /// @param dst becomes `CV_8UC1` of the same size: 255 on the skeleton, 0 elsewhere; may be @p src
@@ -59,7 +60,7 @@ MORVANE_EXPORT void thinning(cv::InputArray src, cv::OutputArray dst, ThinningTy
 ///         pixel
 /// @return true when `dst` was written; false, with it untouched, for several channels, fewer rows or columns, or more
 ///         than two dimensions
-/// @throws cv::Exception for other depths, and for a shape or size that OpenCV refuses; `dst` may then be empty
+/// @throws cv::Exception for other depths, and for a shape or size that OpenCV refuses; `dst` is then as it was
 ///
 /// Cost: O(pixels) for each erosion. OpenCV's threads. `src` and `dst` may be the same object.
 ///
@@ -116,7 +117,7 @@ namespace skeleton_internals
 ///        after the rest fell apart, or was used up
 /// @return true when `out` was written; false for an empty zone and when a step fails. Where the seed reaches no more
 ///         of a rest in one piece, this ends with what was reached.
-/// @throws std::bad_alloc, cv::Exception when memory runs out
+/// @throws cv::Exception for a depth that OpenCV does not dilate; std::bad_alloc, cv::Exception when memory runs out
 [[nodiscard]] MORVANE_EXPORT bool
 FindMainSegmentUntilBifurcation(cv::Mat const & zone, cv::Mat const & seed, cv::Mat out);
 
@@ -138,7 +139,8 @@ FindAdaptedKernelForImageProcessing(cv::Mat const & zone, cv::Mat const & seed, 
 /// @param tolerance as for ExtractSegmentsFromSkeleton()
 /// @param segments `CV_32SC1` of the same size, drawn into
 /// @param ends as for ExtractSegmentsFromSkeleton()
-/// @return true; false for empty labels
+/// @return true; false, with the outputs untouched, for empty labels, labels of another type, and another size of
+///         @p segments
 /// @throws std::bad_alloc, cv::Exception when memory runs out
 [[nodiscard]] MORVANE_EXPORT bool
 SimplifyMultiLabeledSegments(cv::Mat const & labels, double tolerance, cv::Mat & segments, SegmentMap & ends);
@@ -149,7 +151,8 @@ SimplifyMultiLabeledSegments(cv::Mat const & labels, double tolerance, cv::Mat &
 /// @param tolerance as for ExtractSegmentsFromSkeleton()
 /// @param firstLabel the label before the first
 /// @param ends entries are added; those that are there stay
-/// @return true when all was done; false for an empty zone and when a step fails
+/// @return true when all was done; false, with `ends` untouched, for an empty zone, several channels, a refused depth,
+///         a tolerance of NaN, and where labels would exceed 2^31 - 2
 /// @throws std::bad_alloc, cv::Exception when memory runs out
 [[nodiscard]] MORVANE_EXPORT bool
 SimplifySegment(cv::Mat const & zone, double tolerance, int firstLabel, SegmentMap & ends);
