@@ -1,4 +1,4 @@
-// The zones that hold a seed, in an image or as points, and the most frequent zone without seeds.
+// The zones that hold a seed, in an image or as points.
 #include <morvane/connexity/QuasiFlatZones.h>
 
 #include "support/AllTypes.h"
@@ -189,106 +189,6 @@ TEST(QuasiFlatZonesPropagation, OfAnEmptyImage_GivesAnEmptyMask)
     cv::Mat mask = tests::DirtyLabels({2, 2}, CV_8UC1);
     EXPECT_TRUE(CallPropagation(cv::Mat(), {}, cv::Mat(), filtered, mask));
     EXPECT_TRUE(mask.empty());
-}
-
-TEST(QuasiFlatZonesPropagation, WithoutSeeds_GivesTheMostFrequentZone)
-{
-    for (cv::Mat const & seeds : {cv::Mat(), cv::Mat(5, 4, CV_8UC1, cv::Scalar(1)), cv::Mat(4, 6, CV_64FC3)})
-    {
-        for (int const depth : tests::kDepths)
-        {
-            cv::Mat filtered;
-            cv::Mat mask;
-            EXPECT_TRUE(CallPropagation(Draw(kZones, depth), {}, seeds, filtered, mask));
-            // Of 4 pixels, of 4, and of 8.
-            EXPECT_TRUE(EqualImages(
-                mask, DrawMask(
-                          {".....", //
-                           ".....", //
-                           "..111", //
-                           "11111"})));
-        }
-    }
-}
-
-TEST(QuasiFlatZonesPropagation, OfEquallyFrequentZones_GivesTheFirst)
-{
-    cv::Mat filtered;
-    cv::Mat mask;
-    EXPECT_TRUE(CallPropagation(Draw<uchar>({"3.55.77.9"}), {}, cv::Mat(), filtered, mask));
-    EXPECT_TRUE(EqualImages(mask, DrawMask({"..11....."})));
-}
-
-TEST(QuasiFlatZonesPropagation, WithoutSeeds_CountsWhatWasMeasuredAndNotWhatWasFilled)
-{
-    ZonePreparation how;
-    how.fillHoles = true;
-    cv::Mat filtered;
-    cv::Mat mask;
-    // Filled, the fives are a zone of six pixels.
-    EXPECT_TRUE(CallPropagation(Draw<float>({"5.5.5.9999"}), how, cv::Mat(), filtered, mask));
-    EXPECT_TRUE(EqualImages(filtered, Draw<float>({"5555559999"})));
-    EXPECT_TRUE(EqualImages(mask, DrawMask({"......1111"})));
-    // Three to three: the first; its filled pixels are not in the mask.
-    EXPECT_TRUE(CallPropagation(Draw<float>({"5.5.5.999"}), how, cv::Mat(), filtered, mask));
-    EXPECT_TRUE(EqualImages(mask, DrawMask({"1.1.1...."})));
-}
-
-TEST(QuasiFlatZonesPropagation, WithoutSeeds_CountsOnlyWhatIsAbove0)
-{
-    for (int const type : {CV_16SC1, CV_32SC1, CV_32FC1, CV_64FC1})
-    {
-        cv::Mat image = Draw({"555599"}, type);
-        image.colRange(0, 4).setTo(cv::Scalar(-5));
-        cv::Mat filtered;
-        cv::Mat mask;
-        EXPECT_TRUE(CallPropagation(image, {}, cv::Mat(), filtered, mask));
-        EXPECT_TRUE(EqualImages(mask, DrawMask({"....11"})));
-        // Without any above 0, the pixels of no zone are the most frequent.
-        image.colRange(4, 5).setTo(cv::Scalar(0));
-        image.colRange(5, 6).setTo(cv::Scalar(-1));
-        EXPECT_TRUE(CallPropagation(image, {}, cv::Mat(), filtered, mask));
-        EXPECT_TRUE(EqualImages(mask, DrawMask({"....1."})));
-    }
-}
-
-TEST(QuasiFlatZonesPropagation, WithoutSeeds_CountsPixelsInNoZoneAsOneMore)
-{
-    cv::Mat image = Draw<float>({"555..777"});
-    image.colRange(3, 4).setTo(cv::Scalar(1e-11));
-    image.colRange(5, 8).setTo(cv::Scalar(1e-11));
-    cv::Mat filtered;
-    cv::Mat mask;
-    EXPECT_TRUE(CallPropagation(image, {}, cv::Mat(), filtered, mask));
-    EXPECT_TRUE(EqualImages(mask, DrawMask({"...11111"})));
-}
-
-TEST(QuasiFlatZonesPropagation, WithoutSeedsOfAnImageOf0_GivesAllPixels)
-{
-    for (int const depth : tests::kDepths)
-    {
-        cv::Mat filtered;
-        cv::Mat mask;
-        EXPECT_TRUE(CallPropagation(cv::Mat::zeros(3, 4, depth), {}, cv::Mat(), filtered, mask));
-        EXPECT_TRUE(EqualImages(mask, cv::Mat(3, 4, CV_8UC1, cv::Scalar(255))));
-    }
-}
-
-TEST(QuasiFlatZonesPropagation, WithoutSeedsOfSeveralChannels_IsFalseWithoutAMask)
-{
-    for (int const channels : {2, 3, 4})
-    {
-        for (bool const isLong : {false, true})
-        {
-            cv::Mat filtered;
-            cv::Mat mask;
-            cv::Mat const image = Draw(kZones, CV_32FC(channels));
-            EXPECT_FALSE(
-                isLong ? CallPropagation(image, {}, cv::Mat(), SurfaceSearch{}, filtered, mask)
-                       : CallPropagation(image, {}, cv::Mat(), filtered, mask));
-            EXPECT_TRUE(EqualImages(mask, cv::Mat::zeros(4, 5, CV_8U)));
-        }
-    }
 }
 
 TEST(QuasiFlatZonesPropagation, WithSeeds_TakesSeveralChannels)
