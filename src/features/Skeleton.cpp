@@ -12,6 +12,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <map>
+#include <utility>
 #include <vector>
 
 namespace morvane::features
@@ -19,6 +23,9 @@ namespace morvane::features
 
 namespace
 {
+
+/// OpenCV's search for the extremes of integers does not find the next one under a mask.
+constexpr int kLargestLabel = std::numeric_limits<int>::max() - 1;
 
 cv::Mat Filtered(cv::Mat const & image, int operation, cv::Mat const & element)
 {
@@ -43,7 +50,7 @@ cv::Mat SumOfResidues(cv::Mat work, cv::Mat const & element)
 }
 
 /// 255 where an image of labels equals one of them.
-cv::Mat ZoneOf(cv::Mat const & labels, int label)
+cv::Mat ZoneOf(cv::Mat const & labels, double label)
 {
     constexpr int kEqual = 0;
     cv::Mat zone(labels.size(), labels.type());
@@ -52,18 +59,15 @@ cv::Mat ZoneOf(cv::Mat const & labels, int label)
     return zone;
 }
 
-/// The bounding boxes of the labels of an image, by label; empty where one does not occur.
-std::vector<cv::Rect> BoxesOf(cv::Mat1i const & labels)
+/// The bounding boxes of the labels of an image, by label.
+std::map<int, cv::Rect> BoxesOf(cv::Mat1i const & labels)
 {
-    std::vector<cv::Rect> boxes;
+    std::map<int, cv::Rect> boxes;
     for (int y = 0; y < labels.rows; ++y)
     {
         for (int x = 0; x < labels.cols; ++x)
         {
-            if (labels(y, x) < 1) continue;
-            auto const label = static_cast<std::size_t>(labels(y, x));
-            if (label >= boxes.size()) boxes.resize(label + 1);
-            boxes[label] |= cv::Rect(x, y, 1, 1);
+            if (labels(y, x) >= 1) boxes[labels(y, x)] |= cv::Rect(x, y, 1, 1);
         }
     }
     return boxes;
@@ -120,13 +124,16 @@ bool ReadSegments(cv::Mat const & lines, SegmentMap & ends)
     double smallest = 0.0;
     double largest = 0.0;
     cv::minMaxLoc(lines, &smallest, &largest, nullptr, nullptr, drawn);
-    for (int label = static_cast<int>(smallest); label <= static_cast<int>(largest); ++label)
+    // In 64 bits: floats round the largest label to one that an int does not hold.
+    for (auto label = static_cast<std::int64_t>(smallest); label <= static_cast<std::int64_t>(largest); ++label)
     {
+        cv::Mat const zone = ZoneOf(lines, static_cast<double>(label));
         cv::Mat extremities;
-        if (!connexity::GeodesicExtremitiesOnFlatZonesNoZero(ZoneOf(lines, label), extremities)) return false;
+        if (!connexity::GeodesicExtremitiesOnFlatZonesNoZero(zone, extremities)) return false;
         std::vector<cv::Point> positions;
         cv::findNonZero(extremities, positions);
-        if (positions.size() >= 2) ends.emplace(label, std::pair(positions[0], positions[1]));
+        auto const key = static_cast<int>(std::min<std::int64_t>(label, kLargestLabel));
+        if (positions.size() >= 2) ends.emplace(key, std::pair(positions[0], positions[1]));
     }
     return true;
 }
@@ -151,9 +158,9 @@ bool ExtractSegmentsFromSkeleton(cv::Mat const & skeleton, double tolerance, cv:
 {
     if (skeleton.empty() || !common::IsRaster(skeleton)) return false;
     cv::Mat labels = cv::Mat::zeros(skeleton.size(), CV_32SC1);
-    bool const isSplit = skeleton_internals::SplitSkeletonBySegments(skeleton, labels);
+    if (!skeleton_internals::SplitSkeletonBySegments(skeleton, labels)) return false;
     segments = cv::Mat::zeros(labels.size(), labels.type());
-    return isSplit && skeleton_internals::SimplifyMultiLabeledSegments(labels, tolerance, segments, ends);
+    return skeleton_internals::SimplifyMultiLabeledSegments(labels, tolerance, segments, ends);
 }
 
 namespace skeleton_internals
@@ -163,10 +170,9 @@ bool SimplifyMultiLabeledSegments(cv::Mat const & labels, double tolerance, cv::
 {
     bool const isReady = !labels.empty() && labels.type() == CV_32SC1 && common::SameSize(labels, segments);
     if (!isReady) return false;
-    for (std::vector<cv::Rect> const boxes = BoxesOf(labels); cv::Rect const & box : boxes)
+    for (auto const & [label, box] : BoxesOf(labels))
     {
         if (box.area() <= 1) continue;
-        auto const label = static_cast<int>(&box - boxes.data());
         SegmentMap local;
         // What could not be simplified has no segments.
         static_cast<void>(
@@ -187,6 +193,9 @@ bool SimplifySegment(cv::Mat const & zone, double tolerance, int firstLabel, Seg
     if (zone.empty()) return false;
     tarnel::Polyline chain;
     if (!ChainOf(zone, chain) || !tarnel::RDP_2DPolylineSimplification(chain, tolerance, chain)) return false;
+    // Each step of the chain takes a label, if it leads anywhere.
+    int const steps = std::max(static_cast<int>(chain.size()), 1) - 1;
+    if (firstLabel > kLargestLabel - steps) return false;
     cv::Mat lines = cv::Mat::zeros(zone.size(), zone.type());
     DrawSegments(chain, firstLabel, lines);
     return ReadSegments(lines, ends);

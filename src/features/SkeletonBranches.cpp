@@ -212,8 +212,7 @@ private:
 
 bool SplitSkeletonBySegments(cv::Mat const & skeleton, cv::Mat & labels)
 {
-    bool const isReady = common::IsSingleChannel(skeleton) && common::SameSize(skeleton, labels) && !skeleton.empty() &&
-                         labels.type() == CV_32SC1;
+    bool const isReady = common::SameSize(skeleton, labels) && !skeleton.empty() && labels.type() == CV_32SC1;
     if (!isReady) return false;
     cv::Mat1i work;
     std::deque<Piece> pieces;

@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 #include <opencv2/core.hpp>
 
-#include <cmath>
+#include <algorithm>
 
 namespace morvane::connexity
 {
@@ -81,15 +81,23 @@ TEST(GeodesicMeasureLimits, ZonesWhoseNumbersRepeat_MatchTheSteps)
 
 TEST(GeodesicMeasureLimits, NegativeNumbersErodeTheStandardElongationAway)
 {
-    // The corner pixel touches the zones of numbers beyond 15 bits, if there are enough before.
-    cv::Mat1b image = kGrid.Draw();
-    cv::Mat out;
-    image.row(0).setTo(2);
-    image.row(1).setTo(3);
-    ASSERT_TRUE(LabelFlatZonesNoZeroWithStandardElongation(image, out));
-    EXPECT_TRUE(tests::EqualImages(out, tests::OracleStandardElongation(image)));
-    // The contour begins in the corner, in zone 1.
-    EXPECT_GT(out.at<double>(0, 0), 0.0);
+    // The first row is a zone for each pixel; the corner touches the zone after them.
+    for (int const before : {32766, 32767, 32768, 40000, 65534, 65535, 65536})
+    {
+        SCOPED_TRACE(before);
+        cv::Mat1b image(2, before, uchar{3});
+        for (int x = 0; x < before; ++x)
+        {
+            image(0, x) = static_cast<uchar>(1 + x % 2);
+        }
+        cv::Mat out;
+        ASSERT_TRUE(LabelFlatZonesNoZeroWithStandardElongation(image, out));
+        EXPECT_TRUE(tests::EqualImages(out, tests::OracleStandardElongation(image)));
+        // Up to 32767 it is greater than 1, and the same from 65537 on, where numbers begin again.
+        EXPECT_EQ(out.at<double>(0, 0) > 0.0, before < 32767 || before > 65535);
+        // The contour is that of both rows.
+        EXPECT_EQ(out.at<double>(1, 0) > 0.0, before > 65535);
+    }
 }
 
 TEST(GeodesicMeasureLimits, ZoneLongerThan16BitsCount_EndsOutside)
@@ -122,6 +130,18 @@ TEST(GeodesicMeasureLimits, LineLongerThan16BitsCount_EndsAtTheirLimit)
     EXPECT_EQ(cv::countNonZero(out), 2);
     EXPECT_EQ(out.at<uchar>(0, 0), 255);
     EXPECT_EQ(out.at<uchar>(0, 69999), 255);
+}
+
+TEST(GeodesicMeasureLimits, BarLongerThan16BitsCount_EndsOneBeforeTheirLimit)
+{
+    // A line ends with its last pixel, before the counting has seen that nothing more is reached.
+    for (int const length : {65533, 65534, 65535, 65536, 70000})
+    {
+        cv::Mat const bar(2, length, CV_8UC1, cv::Scalar(4));
+        cv::Mat out;
+        ASSERT_TRUE(LabelFlatZonesNoZeroWithGeodesicDiameter(bar, out));
+        EXPECT_TRUE(tests::EqualImages(out, cv::Mat(2, length, CV_64FC1, cv::Scalar(std::min(length, 65534)))));
+    }
 }
 
 } // namespace

@@ -89,6 +89,45 @@ TEST(StandardElongation, OfZonesThatTouch_IsThatOfTheirContourInTheZoneOfItsBegi
     ExpectOnValue(Draw<uchar>({"9777777", "7777777", "7777777"}), 9, 9.0);
 }
 
+TEST(StandardElongation, OfZonesOutsideTheFirstCorner_IsZero)
+{
+    // Wide zones against each border and each other corner.
+    cv::Mat const zeros(9, 12, CV_64FC1, cv::Scalar(0));
+    for (cv::Rect const & zone :
+         {cv::Rect(1, 0, 11, 9), {0, 1, 12, 8}, {4, 0, 4, 4}, {0, 4, 4, 4}, {8, 0, 4, 9}, {0, 5, 12, 4}, {3, 3, 6, 5}})
+    {
+        cv::Mat1b image(zeros.size(), uchar{0});
+        image(zone).setTo(7);
+        EXPECT_TRUE(EqualImages(Elongations(image), zeros)) << zone;
+        // Beside one that lies in the corner by itself.
+        image(0, 0) = 9;
+        EXPECT_EQ(cv::countNonZero(Elongations(image) != 0), 0) << zone;
+    }
+    // Of four equal squares, the first is measured.
+    ExpectOnValue(Draw<uchar>({"777.888", "777.888", ".......", "999.666", "999.666"}), 7, 4.0);
+}
+
+TEST(StandardElongation, OfACornerThatTouchesAnEmptyPixel_IsZero)
+{
+    ExpectOnValue(Draw<uchar>({"7.777", "77777", "77777"}), 7, 0.0);
+    ExpectOnValue(Draw<uchar>({"77777", ".7777", "77777"}), 7, 0.0);
+    ExpectOnValue(Draw<uchar>({"77777", "7.777", "77777"}), 7, 0.0);
+    // One step further it does not matter.
+    ExpectOnValue(Draw<uchar>({"77777", "77777", "77.77", "77777", "77777"}), 7, 1.0);
+}
+
+TEST(StandardElongation, WithoutZones_IsZeroEverywhere)
+{
+    for (int const depth : tests::kDepths)
+    {
+        for (int const channels : tests::kChannelCounts)
+        {
+            cv::Mat const image(4, 7, CV_MAKETYPE(depth, channels), cv::Scalar::all(0));
+            EXPECT_TRUE(EqualImages(Elongations(image), cv::Mat(4, 7, CV_64FC1, cv::Scalar(0))));
+        }
+    }
+}
+
 TEST(StandardElongation, HolesMakeNoDifference)
 {
     ExpectOnValue(Draw<uchar>({"77777", "77777", "77..7", "77777", "77777"}), 7, 1.0);

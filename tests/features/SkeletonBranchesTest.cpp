@@ -2,6 +2,7 @@
 #include <morvane/features/Skeleton.h>
 
 #include "support/AllTypes.h"
+#include "support/GeodesicOracle.h"
 #include "support/ImageLiterals.h"
 #include "support/Patterns.h"
 #include "support/RandomImages.h"
@@ -128,6 +129,11 @@ TEST(FindMainSegmentUntilBifurcation, RefusesWithTheOutputUntouched)
     EXPECT_FALSE(FindMainSegmentUntilBifurcation(zone, cv::Mat(), out));
     std::array const sides{2, 3, 4};
     EXPECT_FALSE(FindMainSegmentUntilBifurcation(cv::Mat(3, sides.data(), CV_8UC1, cv::Scalar(1)), seed, out));
+    for (int const depth : tests::kUndilatedDepths)
+    {
+        cv::Mat const image(2, 3, depth, cv::Scalar(1));
+        EXPECT_THROW(static_cast<void>(FindMainSegmentUntilBifurcation(image, image, out)), cv::Exception) << depth;
+    }
     EXPECT_TRUE(before.IsUntouched());
 }
 

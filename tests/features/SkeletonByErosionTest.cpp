@@ -142,9 +142,10 @@ TEST(ExtractSkeletonByErosion, RefusesSeveralChannelsAndFewRowsOrColumns)
     }
 }
 
-TEST(ExtractSkeletonByErosion, ThrowsWhatOpenCVThrows)
+TEST(ExtractSkeletonByErosion, ThrowsWhatOpenCVThrows_WithTheOutputUntouched)
 {
-    cv::Mat out;
+    cv::Mat out(5, 6, CV_8UC1, cv::Scalar(9));
+    tests::Snapshot const before(out);
     for (int const depth : {CV_8S, CV_16U, CV_16S, CV_32S, CV_32F, CV_64F, CV_16F})
     {
         cv::Mat image(5, 6, depth);
@@ -163,6 +164,7 @@ TEST(ExtractSkeletonByErosion, ThrowsWhatOpenCVThrows)
             static_cast<void>(ExtractSkeletonByErosion(image, out, static_cast<cv::MorphShapes>(shape), 3)),
             cv::Exception);
     }
+    EXPECT_TRUE(before.IsUntouched());
 }
 
 } // namespace

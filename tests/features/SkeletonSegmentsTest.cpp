@@ -176,6 +176,28 @@ TEST(ExtractSegments, MatchTheStepsOnAllDepths)
     }
 }
 
+TEST(ExtractSegments, OfSeveralChannels_MatchTheSteps)
+{
+    // Where one channel alone changes, the line is cut.
+    cv::Mat image(1, 7, CV_8UC2, cv::Scalar(1, 0));
+    image.colRange(3, 7).setTo(cv::Scalar(1, 9));
+    EXPECT_EQ(Extract(image, 0.0).ends, (SegmentMap{{1, {{0, 0}, {2, 0}}}, {2, {{3, 0}, {6, 0}}}}));
+    Random random(7355);
+    for (int const depth : tests::kDepths)
+    {
+        for (int const channels : {2, 3, 4})
+        {
+            cv::Size const size(1 + random.Below(20), 1 + random.Below(20));
+            int const type = CV_MAKETYPE(depth, channels);
+            cv::Mat const several = tests::RandomImage(random, size, type, {0.7 * random.Unit(), 0.1, 1});
+            Segments const actual = Extract(several, 1.0);
+            Segments const expected = OracleExtract(several, 1.0);
+            ASSERT_TRUE(EqualImages(actual.drawn, expected.drawn)) << tests::Case(type, size, 3);
+            ASSERT_EQ(actual.ends, expected.ends) << tests::Case(type, size, 3);
+        }
+    }
+}
+
 TEST(ExtractSegments, GoOnFromTheLargestLabelThatIsThere)
 {
     SegmentMap const before{{-4, {{9, 9}, {8, 8}}}, {7, {{1, 2}, {3, 4}}}};
@@ -293,15 +315,20 @@ TEST(ExtractSegmentsRefusals, EmptyImages_LeaveTheOutputs)
     }
 }
 
-TEST(ExtractSegmentsRefusals, TypesThatAreNotLabelled_LeaveTheEnds)
+TEST(ExtractSegmentsRefusals, TypesThatAreNotLabelled_LeaveTheOutputs)
 {
-    for (int const type : {CV_8SC1, CV_16FC1})
+    for (int const type : {CV_8SC1, CV_16FC1, CV_8SC3, CV_8UC(5), CV_64FC(5)})
     {
         cv::Mat image(2, 3, type);
         tests::FillBytes(image, 1);
-        cv::Mat drawn;
+        cv::Mat drawn(2, 3, CV_32SC1, cv::Scalar(5));
+        tests::Snapshot const before(drawn);
         SegmentMap ends{{3, {{1, 1}, {2, 2}}}};
         EXPECT_FALSE(ExtractSegmentsFromSkeleton(image, 1.0, drawn, ends));
+        EXPECT_TRUE(before.IsUntouched());
+        cv::Mat none;
+        EXPECT_FALSE(ExtractSegmentsFromSkeleton(image, 1.0, none, ends));
+        EXPECT_EQ(none.data, nullptr);
         EXPECT_EQ(ends, (SegmentMap{{3, {{1, 1}, {2, 2}}}}));
     }
 }

@@ -92,6 +92,35 @@ TEST(SimplifyMultiLabeledSegments, PassesOverPixelsAndLabelsThatAreNotThere)
     tests::ExpectDrawn(drawn, {"111....", ".......", "...2222"});
 }
 
+TEST(SimplifyMultiLabeledSegments, OfTheLargestLabels_TakesNoMoreThanOfOthers)
+{
+    constexpr int kLargest = std::numeric_limits<int>::max();
+    cv::Mat1i labels(1, 5, kLargest);
+    labels(2) = 0;
+    labels(3) = kLargest - 1;
+    labels(4) = kLargest - 1;
+    labels(1) = kLargest;
+    cv::Mat drawn(1, 5, CV_32SC1, cv::Scalar(0));
+    SegmentMap ends;
+    ASSERT_TRUE(SimplifyMultiLabeledSegments(labels, 1.0, drawn, ends));
+    EXPECT_EQ(ends, (SegmentMap{{1, {{3, 0}, {4, 0}}}, {2, {{0, 0}, {1, 0}}}}));
+    tests::ExpectDrawn(drawn, {"22.11"});
+}
+
+TEST(SimplifyMultiLabeledSegments, OfOtherTypesAndSizes_IsRefusedWithTheOutputsUntouched)
+{
+    cv::Mat drawn(1, 3, CV_32SC1, cv::Scalar(5));
+    tests::Snapshot const before(drawn);
+    SegmentMap ends{{3, {{1, 1}, {2, 2}}}};
+    for (int const type : {CV_8UC1, CV_16SC1, CV_32FC1, CV_32SC2})
+    {
+        EXPECT_FALSE(SimplifyMultiLabeledSegments(cv::Mat(1, 3, type, cv::Scalar::all(1)), 1.0, drawn, ends)) << type;
+    }
+    EXPECT_FALSE(SimplifyMultiLabeledSegments(cv::Mat(3, 1, CV_32SC1, cv::Scalar(1)), 1.0, drawn, ends));
+    EXPECT_TRUE(before.IsUntouched());
+    EXPECT_EQ(ends.size(), 1U);
+}
+
 TEST(SimplifyMultiLabeledSegments, WithoutLabels_DoesNothing)
 {
     cv::Mat drawn(2, 3, CV_32SC1, cv::Scalar(5));
@@ -125,6 +154,38 @@ TEST(SimplifyMultiLabeledSegments, OfViews_StayInside)
         ASSERT_TRUE(drawn.IsFrameUntouched());
         ASSERT_TRUE(EqualImages(labels.View(), branches));
     }
+}
+
+TEST(SimplifySegment, WhereLabelsRunOut_IsRefused)
+{
+    constexpr int kLargest = std::numeric_limits<int>::max() - 1;
+    for (int const depth : {CV_32S, CV_32F, CV_64F})
+    {
+        SCOPED_TRACE(depth);
+        // One step takes one label.
+        cv::Mat const line = Draw({"111"}, depth);
+        SegmentMap ends;
+        EXPECT_FALSE(SimplifySegment(line, 0.0, kLargest, ends));
+        EXPECT_FALSE(SimplifySegment(line, 0.0, kLargest + 1, ends));
+        EXPECT_TRUE(ends.empty());
+        ASSERT_TRUE(SimplifySegment(line, 0.0, kLargest - 1, ends));
+        EXPECT_EQ(ends, (SegmentMap{{kLargest, {{0, 0}, {2, 0}}}}));
+        // Two steps take two.
+        cv::Mat const bend = Draw({"1...1", ".1.1.", "..1.."}, depth);
+        ends.clear();
+        EXPECT_FALSE(SimplifySegment(bend, 0.5, kLargest - 1, ends));
+        EXPECT_TRUE(ends.empty());
+        EXPECT_TRUE(SimplifySegment(bend, 0.5, kLargest - 2, ends));
+        // Floats do not tell the two apart.
+        EXPECT_EQ(ends.size(), depth == CV_32F ? 1U : 2U);
+        EXPECT_EQ(ends.count(kLargest), 1U);
+    }
+    // Many branches in a row: no more labels, no more segments.
+    cv::Mat drawn(1, 5, CV_32SC1, cv::Scalar(0));
+    SegmentMap full{{kLargest, {{7, 7}, {8, 8}}}};
+    ASSERT_TRUE(SimplifyMultiLabeledSegments(tests::DrawLabels({"11.22"}), 0.0, drawn, full));
+    EXPECT_EQ(full, (SegmentMap{{kLargest, {{7, 7}, {8, 8}}}}));
+    tests::ExpectDrawn(drawn, {"....."});
 }
 
 TEST(SimplifySegment, RefusesANaNTolerance)

@@ -104,8 +104,8 @@ public:
              {"standard-elongation", kStandardElongation}},
             "what --values and --picture show: diameter (the longest path in a zone in pixels, the default), "
             "elongation (about 1 for a disc), tortuosity (that path by the way between its ends), standard-elongation "
-            "(the squared ratio of the axes of the outline, which is found only where it starts inside the labels "
-            "eroded by a square of 3 pixels, as in the first corner of the image, and is 0 elsewhere)");
+            "(the squared ratio of the axes of the outline, of the zone in the first corner of the image alone, and "
+            "only where no empty pixel touches that corner; 0 elsewhere)");
         arguments.add_option("--values", m_values, "the measure at each pixel, a TIFF of doubles");
         arguments.add_option(
             "--picture", m_picture,

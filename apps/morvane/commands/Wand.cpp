@@ -4,18 +4,16 @@
 #include "morvane/support/Images.h"
 #include "morvane/support/Outputs.h"
 #include "morvane/support/Pictures.h"
+#include "morvane/support/Pixels.h"
 #include "morvane/support/ProgramError.h"
 #include "morvane/support/Zones.h"
 
 #include <morvane/algorithm/RegionGrowing.h>
 
-#include <charconv>
 #include <filesystem>
 #include <iostream>
 #include <optional>
 #include <string>
-#include <string_view>
-#include <system_error>
 #include <vector>
 
 namespace program
@@ -25,31 +23,6 @@ namespace
 {
 
 namespace fs = std::filesystem;
-
-/// A whole number that is all of a text.
-std::optional<int> WholeNumber(std::string_view text)
-{
-    int number = 0;
-    char const * const end = text.data() + text.size();
-    auto const [stop, error] = std::from_chars(text.data(), end, number);
-    return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
-}
-
-/// The pixel of an image that is written as X,Y. @throws ProgramError when it is none
-cv::Point PixelAt(std::string const & text, cv::Mat const & image, fs::path const & file)
-{
-    std::string_view const both = text;
-    auto const comma = both.find(',');
-    auto const x = WholeNumber(both.substr(0, comma));
-    auto const y = comma == std::string_view::npos ? std::nullopt : WholeNumber(both.substr(comma + 1));
-    if (!x || !y) throw ProgramError("--seed " + text + " is no pixel; its column and its row are given as X,Y from 0");
-    cv::Point const pixel(*x, *y);
-    if (!cv::Rect(cv::Point(), image.size()).contains(pixel))
-    {
-        throw ProgramError(file, "has no pixel " + text + ": it is " + DescribeSize(image));
-    }
-    return pixel;
-}
 
 class WandCommand final : public Command
 {
@@ -65,12 +38,7 @@ public:
                 "image", m_image,
                 "an image of one channel, with --flood also of three; empty pixels are values like others")
             ->required();
-        arguments
-            .add_option(
-                "--seed", m_seeds, "column and row of a seed, from 0; may be given again. A seed in a zone adds none")
-            ->type_name("X,Y")
-            ->allow_extra_args(false)
-            ->required();
+        DeclareSeeds(arguments, m_seeds, "A seed in a zone adds none")->required();
         DeclareRules(arguments);
         arguments.add_option(
             "-o,--output", m_output, "the labels, 32-bit TIFF: zones from 1 in the order of the seeds, 0 elsewhere");
@@ -92,11 +60,7 @@ public:
             second = ReadImageLike(m_second, image, m_image);
             CheckImage(m_second, second);
         }
-        std::vector<cv::Point> seeds;
-        for (std::string const & seed : m_seeds)
-        {
-            seeds.push_back(PixelAt(seed, image, m_image));
-        }
+        std::vector<cv::Point> const seeds = PixelsAt(m_seeds, image, m_image);
         cv::Mat const labels = m_isFlood ? Flooded(image, second, seeds.front()) : Grown(image, second, seeds);
 
         if (!m_output.empty()) outputs.Write(m_output, labels);

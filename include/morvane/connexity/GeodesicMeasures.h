@@ -12,7 +12,8 @@
 /// raster order is taken. Zones are numbered in 16 bits: numbers above 32767 read as negative, and their zones are left
 /// out; numbers from 65537 on repeat, and zones of one number are measured together. Distances are counted in 16 bits:
 /// to a walk of 65534 pixels or more, what lies in the bounding box and is not reached seems as far as 65535; it ends
-/// there, outside the zone, and the next walk has the length 1. In a zone that is all of its box, lengths end at 65535.
+/// there, outside the zone, and the next walk has the length 1. In a zone that is all of its box, lengths end at 65534,
+/// or at 65535 where it is a line of one pixel.
 #pragma once
 
 #include <morvane/Export.h>
@@ -32,8 +33,8 @@ namespace morvane::connexity
 ///         channels, or more than two dimensions.
 /// @throws std::bad_alloc, cv::Exception when memory runs out
 ///
-/// Cost: O(pixels), for zones shorter than 65534. About 10 bytes for each pixel. One thread. `image` and `out` may be
-/// the same object.
+/// Cost: O(pixels), for zones shorter than 65534. About 15 bytes for each pixel, and 12 more for each of the largest
+/// zone. One thread. `image` and `out` may be the same object.
 ///
 /// @code
 /// bool const done = morvane::connexity::GeodesicExtremitiesOnFlatZonesNoZero(zones, ends);
@@ -59,7 +60,8 @@ namespace morvane::connexity
 /// @throws std::bad_alloc, cv::Exception when memory runs out
 ///
 /// Cost: O(pixels), for zones shorter than 65534; OpenCV's threads, each with zones of its own: the result does not
-/// depend on their number. Memory and aliasing as for GeodesicExtremitiesOnFlatZonesNoZero().
+/// depend on their number. About 20 bytes for each pixel, and 12 more for each of the largest zone of each thread.
+/// Aliasing as for GeodesicExtremitiesOnFlatZonesNoZero().
 [[nodiscard]] MORVANE_EXPORT bool LabelFlatZonesNoZeroWithGeodesicDiameter(cv::Mat const & image, cv::Mat & out);
 
 /// Gives the pixels of each zone its elongation, `length * 3.141598 * length / (4 * pixels)`: about 1 for a disc, large
@@ -84,17 +86,21 @@ namespace morvane::connexity
 /// Cost and threads as for LabelFlatZonesNoZeroWithGeodesicDiameter().
 [[nodiscard]] MORVANE_EXPORT bool LabelFlatZonesNoZeroWithGeodesicTortuosity(cv::Mat const & image, cv::Mat & out);
 
-/// Gives the pixels of zones the squared ratio of the axes of their contour's inertia ellipse.
+/// Gives the zone in the image's first corner the squared ratio of the axes of its contour's inertia ellipse, and all
+/// other zones 0.
 ///
 /// Contours are the outer ones of all that is not empty, the zones together, as `cv::findContours` finds them
 /// (8-connected, straight parts by their ends alone). A contour belongs to the zone whose number the image of numbers,
-/// eroded by a square of 3 pixels, holds at the contour's first point: as the contour is the edge of what is not empty,
-/// there is none unless the edge is that of the image, too. Without a number there the contour counts for nothing. All
-/// points of one number are measured together: with their central moments, t = mu20 + mu02 and s = sqrt((mu20 - mu02)^2 + 4 mu11^2), the measure is (t + s) / (t - s),
-/// or 1 where t equals s.
+/// eroded by a square of 3 pixels, holds at the contour's first point, and to none where that is 0 or less. The pixels
+/// left of that point and above it are empty or outside the image: so the only contour that counts is one that begins at
+/// row 0 and column 0, where none of the three pixels that touch it is empty or of a zone that is left out. It belongs to
+/// zone 1, whatever other zones it runs around. LabelFlatZonesNoZeroWithGeodesicElongation() measures all zones.
+///
+/// With the central moments of the contour, t = mu20 + mu02 and s = sqrt((mu20 - mu02)^2 + 4 mu11^2), the measure is
+/// (t + s) / (t - s), or 1 where t equals s.
 ///
 /// @param image see the head of this file
-/// @param out `CV_64F`; 0 in zones without a contour
+/// @param out `CV_64F`; 0 in all other zones, and everywhere if no contour counts
 /// @return as GeodesicExtremitiesOnFlatZonesNoZero()
 /// @throws std::bad_alloc, cv::Exception when memory runs out
 ///

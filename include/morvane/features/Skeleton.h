@@ -26,7 +26,8 @@ using SegmentMap = std::map<int, std::pair<cv::Point, cv::Point>>;
 /// Thins a shape to lines of one pixel, from all sides in turns, without parting it.
 ///
 /// One iteration has two halves, each of which removes all pixels at once that its tests allow, read from the image
-/// before the half. Pixels of the outermost rows and columns are never removed.
+/// before the half. Pixels of the outermost rows and columns are never removed. By ThinningZhangSuen, parts that have
+/// come down to a square of four pixels vanish, and diagonal lines of two pixels' width are shortened to their middle.
 ///
 /// @param src `CV_8UC1`; from 128 on a pixel belongs to the shape
 /// @param dst becomes `CV_8UC1` of the same size: 255 on the skeleton, 0 elsewhere; may be @p src
@@ -59,7 +60,7 @@ MORVANE_EXPORT void thinning(cv::InputArray src, cv::OutputArray dst, ThinningTy
 ///         pixel
 /// @return true when `dst` was written; false, with it untouched, for several channels, fewer rows or columns, or more
 ///         than two dimensions
-/// @throws cv::Exception for other depths, and for a shape or size that OpenCV refuses; `dst` may then be empty
+/// @throws cv::Exception for other depths, and for a shape or size that OpenCV refuses; `dst` is then as it was
 ///
 /// Cost: O(pixels) for each erosion. OpenCV's threads. `src` and `dst` may be the same object.
 ///
@@ -69,17 +70,19 @@ ExtractSkeletonByErosion(cv::Mat const & src, cv::Mat & dst, cv::MorphShapes sha
 
 /// Cuts a skeleton where it forks, and replaces each branch by straight segments.
 ///
-/// @param skeleton one channel, any accepted depth: lines of pixels that are not empty
+/// @param skeleton 1 to 4 channels, any accepted depth: lines of pixels that are not empty; where the values of two
+///        neighbours differ, it is cut, too
 /// @param tolerance how far, in pixels, a pixel of a branch may lie from the segments
 /// @param segments becomes `CV_32SC1` of the same size: each segment is drawn with its label, later ones over earlier
 ///         ones
 /// @param ends the ends of each segment under its label; not cleared: labels go on from the largest that is there, and
 ///        entries that are there stay
-/// @return true when all was done; false, with what was done so far in the outputs, for an empty image, and when a step
-///         fails, as for several channels or a refused depth
+/// @return true when all was done; false, with the outputs untouched, for an empty image, a refused depth, more than 4
+///         channels, or more than two dimensions
 /// @throws std::bad_alloc, cv::Exception when memory runs out
 ///
-/// Cost: O(pixels), and the boxes of the branches. One thread. The arguments must not overlap.
+/// Cost: O(pixels), and again what is left of a piece for each branch cut off it, and for each segment the box of its
+/// branch. One thread. The arguments must not overlap.
 ///
 /// @code
 /// morvane::features::SegmentMap ends;
@@ -100,7 +103,7 @@ namespace skeleton_internals
 /// Pieces wait in a queue. The branch of the first is cut off; what is left of it goes to the end of the queue, in
 /// pieces.
 ///
-/// @param skeleton one channel, any accepted depth
+/// @param skeleton as for ExtractSegmentsFromSkeleton()
 /// @param labels `CV_32SC1` of the same size, set to 0 by the caller; becomes the branches, from 1
 /// @return true when all is labelled; false as ExtractSegmentsFromSkeleton(), and for `labels` of another type or size
 /// @throws std::bad_alloc, cv::Exception when memory runs out
@@ -114,7 +117,7 @@ namespace skeleton_internals
 ///        after the rest fell apart, or was used up
 /// @return true when `out` was written; false for an empty zone and when a step fails. Where the seed reaches no more
 ///         of a rest in one piece, this ends with what was reached.
-/// @throws std::bad_alloc, cv::Exception when memory runs out
+/// @throws cv::Exception for a depth that OpenCV does not dilate; std::bad_alloc, cv::Exception when memory runs out
 [[nodiscard]] MORVANE_EXPORT bool
 FindMainSegmentUntilBifurcation(cv::Mat const & zone, cv::Mat const & seed, cv::Mat out);
 
@@ -136,7 +139,8 @@ FindAdaptedKernelForImageProcessing(cv::Mat const & zone, cv::Mat const & seed, 
 /// @param tolerance as for ExtractSegmentsFromSkeleton()
 /// @param segments `CV_32SC1` of the same size, drawn into
 /// @param ends as for ExtractSegmentsFromSkeleton()
-/// @return true; false for empty labels
+/// @return true; false, with the outputs untouched, for empty labels, labels of another type, and another size of
+///         @p segments
 /// @throws std::bad_alloc, cv::Exception when memory runs out
 [[nodiscard]] MORVANE_EXPORT bool
 SimplifyMultiLabeledSegments(cv::Mat const & labels, double tolerance, cv::Mat & segments, SegmentMap & ends);
@@ -147,7 +151,8 @@ SimplifyMultiLabeledSegments(cv::Mat const & labels, double tolerance, cv::Mat &
 /// @param tolerance as for ExtractSegmentsFromSkeleton()
 /// @param firstLabel the label before the first
 /// @param ends entries are added; those that are there stay
-/// @return true when all was done; false for an empty zone and when a step fails
+/// @return true when all was done; false, with `ends` untouched, for an empty zone, several channels, a refused depth,
+///         a tolerance of NaN, and where labels would exceed 2^31 - 2
 /// @throws std::bad_alloc, cv::Exception when memory runs out
 [[nodiscard]] MORVANE_EXPORT bool
 SimplifySegment(cv::Mat const & zone, double tolerance, int firstLabel, SegmentMap & ends);
