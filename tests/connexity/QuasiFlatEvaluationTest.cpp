@@ -25,8 +25,6 @@ namespace morvane::quasi_flat_internals
 namespace
 {
 
-using tests::Draw;
-using tests::DrawLabels;
 using tests::EqualImages;
 using tests::Random;
 using tests::Snapshot;

@@ -137,6 +137,29 @@ TEST(ComputeRegions, DropsWhatLiesFarBelowTheFloor)
     }
 }
 
+TEST(ComputeRegions, RoundsTheCellsOfTheFloorToWholePixels)
+{
+    // Cells of 5 pixels leave the last 4 columns of 64 out, and what is low there is far below the floor; cells of 4 do
+    // not, and the floor is low there as well. Between them lies a pixel size of 25000 / 4.5.
+    for (double const pixelSize : {5000.0, 5555.0, 5556.0, 6250.0})
+    {
+        Scene scene({64, 64}, 8192.0F);
+        scene.pixelSize = pixelSize;
+        scene.Build({60, 0, 4, 64}, 2192.0F, 2);
+        Regions expected{Region(1, 60 * 64, 1, {0, 0, 60, 64})};
+        if (pixelSize > 5555.5) expected.push_back(Region(2, 4 * 64, 1, {60, 0, 4, 64}));
+        EXPECT_TRUE(EqualRegions(scene.Described(), expected)) << pixelSize;
+    }
+    // Cells have 3 pixels at least, with which the last 2 columns of 62 are left out; of 2 pixels, none would be.
+    for (double const pixelSize : {8333.0, 12500.0, 20000.0})
+    {
+        Scene scene({62, 62}, 32768.0F);
+        scene.pixelSize = pixelSize;
+        scene.Build({60, 0, 2, 62}, 28767.0F, 2);
+        EXPECT_TRUE(EqualRegions(scene.Described(), {Region(1, 60 * 62, 1, {0, 0, 60, 62})})) << pixelSize;
+    }
+}
+
 TEST(ComputeRegions, DropsZonesOfTheLimitAndKeepsLargerOnes)
 {
     Scene scene = GroundWithBlock(2000.0);
