@@ -109,7 +109,7 @@ bool SelectGroupSeeds(std::vector<RegionInfo> const & regions, std::vector<int> 
     {
         int const place = static_cast<int>(i);
         RegionInfo const & region = regions[i];
-        if (region.group < 0) continue;
+        if (region.group < 0 || region.area < 0) continue;
         auto const [slot, isFirst] = largestOfGroup.try_emplace(region.group, place);
         if (!isFirst && region.area > regions[static_cast<std::size_t>(slot->second)].area) slot->second = place;
     }

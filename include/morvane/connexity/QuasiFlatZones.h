@@ -224,7 +224,7 @@ namespace quasi_flat_internals
 /// grow by at most 501 pixels into what is left, the higher number first.
 ///
 /// @param image rows x cols, one channel, any depth that common::ImageCompare() takes
-/// @param out replaced on true: rows x cols, `CV_32F`, 0 only further than 501 pixels from all parts
+/// @param out replaced on true: rows x cols, `CV_16U`, 0 only further than 501 pixels from all parts
 /// @return true when there is a part; false for an empty image and without a part, with `out` untouched
 /// @throws cv::Exception, std::bad_alloc when memory runs out
 ///
@@ -268,7 +268,7 @@ RemoveSmallRegions(cv::Mat & areas, cv::Mat & labels, int areaLimit, std::vector
 
 /// Finds the largest zone of each coarse part.
 ///
-/// @param regions the zones; those of a group below 0 are passed over
+/// @param regions the zones; those of a group or an area below 0 are passed over
 /// @param seedIndices replaced on true and when there is none: places in the list, in the order of their groups; of
 ///        equal zones the first
 /// @return true when there is one; false without, and for an empty list
