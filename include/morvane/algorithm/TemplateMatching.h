@@ -157,8 +157,9 @@ namespace matching_internals
 
 /// Scores every position of the turned image in the padded reference, but for the last column and the last row of them.
 ///
-/// Of equal scores the smallest column wins, then the smallest row; where the offset of the translation is negative,
-/// the largest column, row within it: a kept translation is compared with a column as it stands.
+/// Positions are tried column by column, each from the top. One replaces the position kept with a higher score, or with
+/// an equal one where the translation in x that was kept is above the column, as it stands. So of equal scores the
+/// smallest column stays, then the smallest row, as long as the offset of translations is not negative.
 ///
 /// @param padded the reference with a margin on all sides, elements of 32 bits, `CV_32SC1`
 /// @param rotated the turned image, of the same kind
@@ -284,9 +285,9 @@ FindBestTranslation(cv::Mat const & image, cv::Mat const & templ, int & x, int &
 /// @param angleStart the first angle
 /// @param angleEnd no angle reaches it
 /// @param angleStep from angle to angle
-/// @return true; false when the translation of an angle could not be found, with the best of the others; false, with
-///         all untouched, for steps that lead nowhere
-/// @throws std::length_error when `angleEnd` lies before `angleStart`; cv::Exception as FindBestMatching()
+/// @return true; false when the translation of an angle could not be found, with the best of the others
+/// @throws std::length_error when `angleEnd` lies before `angleStart` or the number of angles is none that an `int`
+///         holds; cv::Exception as FindBestMatching()
 ///
 /// Cost: that of `cv::matchTemplate` for each angle. OpenCV's threads, on whose number nothing depends.
 [[nodiscard]] MORVANE_EXPORT bool FindBestTransformation(
