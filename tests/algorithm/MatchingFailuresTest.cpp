@@ -25,9 +25,6 @@ using tests::Outcome;
 using tests::Search;
 using tests::SmallSearch;
 
-constexpr std::size_t kScoreField = 0;
-constexpr std::size_t kAngleField = 1;
-
 TEST(MatchingFailures, UnknownWays_FailAtTheFirstStep)
 {
     Search search = SmallSearch();
@@ -72,8 +69,8 @@ TEST(MatchingFailures, AWindowThatMissesAtALaterStep_FailsAndKeepsWhatWasFound)
     Outcome const outcome = Find(search);
     EXPECT_FALSE(outcome.answer);
     EXPECT_EQ(outcome.reports, (std::vector<float>{0.0F, 0.0F}));
-    EXPECT_GT(outcome.best[kScoreField], 0.0);
-    EXPECT_EQ(outcome.best[kAngleField], 0.0);
+    EXPECT_GT(outcome.best[tests::kScore], 0.0);
+    EXPECT_EQ(outcome.best[tests::kAngle], 0.0);
     ASSERT_EQ(outcome.queues.size(), 2U);
     EXPECT_EQ(outcome.queues[0].size(), 10U);
     EXPECT_TRUE(outcome.queues[1].empty());

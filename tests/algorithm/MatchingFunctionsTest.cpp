@@ -24,8 +24,6 @@ using tests::Outcome;
 using tests::Search;
 using tests::SmallSearch;
 
-constexpr std::size_t kAngleField = 1;
-
 constexpr auto kFullManual = &TemplateMatchingFullManual;
 constexpr auto kAutomatic = &TemplateMatchingAutomatic;
 constexpr auto kOnlyRotation = &TemplateMatchingOnlyRotation;
@@ -77,7 +75,7 @@ TEST(MatchingFunctions, ChangeOrientationsAndRanges)
             if (algo == 2) continue;
             ASSERT_EQ(outcome.reports.size(), tried.steps + 2);
             bool const triesNothing = algo == 1 && changed.prior.range < 0.0;
-            EXPECT_EQ(outcome.bestAtReports[1][kAngleField], triesNothing ? kNoScore : tried.firstAngle);
+            EXPECT_EQ(outcome.bestAtReports[1][tests::kAngle], triesNothing ? kNoScore : tried.firstAngle);
         }
     }
 }

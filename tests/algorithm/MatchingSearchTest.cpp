@@ -26,9 +26,6 @@ using tests::Outcome;
 using tests::Search;
 using tests::SmallSearch;
 
-constexpr std::size_t kScoreField = 0;
-constexpr std::size_t kAngleField = 1;
-
 /// The angle of each step.
 std::vector<double> AnglesOf(Search search)
 {
@@ -38,7 +35,7 @@ std::vector<double> AnglesOf(Search search)
     std::vector<double> angles;
     for (std::size_t report = 1; report + 1 < outcome.bestAtReports.size(); ++report)
     {
-        angles.push_back(outcome.bestAtReports[report][kAngleField]);
+        angles.push_back(outcome.bestAtReports[report][tests::kAngle]);
     }
     return angles;
 }
@@ -115,8 +112,8 @@ TEST(MatchingSearch, EndedAtAStep_KeepsTheBestSoFarAndIsDone)
         Outcome const outcome = Find(search);
         EXPECT_TRUE(outcome.answer);
         EXPECT_EQ(outcome.reports, (std::vector<float>{0.0F, 0.0F, 1.0F}));
-        EXPECT_GT(outcome.best[kScoreField], 0.0);
-        EXPECT_EQ(outcome.best[kAngleField], 30.0);
+        EXPECT_GT(outcome.best[tests::kScore], 0.0);
+        EXPECT_EQ(outcome.best[tests::kAngle], 30.0);
         ASSERT_EQ(outcome.queues.size(), 4U);
         EXPECT_EQ(outcome.queues[0].size(), algo == 0 ? 10U : 0U);
         EXPECT_TRUE(outcome.queues[1].empty());
@@ -147,28 +144,28 @@ TEST(MatchingSearch, ReplacesTheBestWithAHigherScoreOnly)
         search.algo = algo;
         search.best = {};
         Outcome const found = Find(search);
-        ASSERT_GT(found.best[kScoreField], 0.0);
+        ASSERT_GT(found.best[tests::kScore], 0.0);
         search.best.ratio = 0.125;
         search.best.reserved1 = 5.0;
         search.best.reserved2 = 6.0;
         search.best.angle = 77.0;
         search.best.peakX = -3.0;
         for (double const score :
-             {found.best[kScoreField], 1e9, std::numeric_limits<double>::infinity(),
+             {found.best[tests::kScore], 1e9, std::numeric_limits<double>::infinity(),
               std::numeric_limits<double>::quiet_NaN()})
         {
             search.best.score = score;
             auto expected = FieldsOf(search.best);
             auto actual = Find(search).best;
             // NaN is equal to nothing.
-            if (std::isnan(score)) expected[kScoreField] = actual[kScoreField] = 0.0;
+            if (std::isnan(score)) expected[tests::kScore] = actual[tests::kScore] = 0.0;
             EXPECT_EQ(actual, expected);
         }
-        search.best.score = std::nextafter(found.best[kScoreField], 0.0);
+        search.best.score = std::nextafter(found.best[tests::kScore], 0.0);
         auto expected = found.best;
-        expected[6] = 0.125;
-        expected[7] = 5.0;
-        expected[8] = 6.0;
+        expected[tests::kRatio] = 0.125;
+        expected[tests::kReserved1] = 5.0;
+        expected[tests::kReserved2] = 6.0;
         EXPECT_EQ(Find(search).best, expected);
     }
 }
@@ -179,13 +176,13 @@ TEST(MatchingSearch, TakesNoPeakFromTheSearchesWithoutCorrelation)
     search.best.peakX = 5.0;
     search.best.peakY = 6.0;
     search.algo = 1;
-    EXPECT_EQ(Find(search).best[9], kNoScore);
-    EXPECT_EQ(Find(search).best[10], kNoScore);
+    EXPECT_EQ(Find(search).best[tests::kPeakX], kNoScore);
+    EXPECT_EQ(Find(search).best[tests::kPeakY], kNoScore);
     search.mode = 0;
-    EXPECT_EQ(Find(search).best[9], kNoScore);
+    EXPECT_EQ(Find(search).best[tests::kPeakX], kNoScore);
     search.algo = 0;
     search.mode = 1;
-    EXPECT_GE(Find(search).best[9], 0.0);
+    EXPECT_GE(Find(search).best[tests::kPeakX], 0.0);
 }
 
 TEST(MatchingSearch, LeavesTheImageOfTheBestAlone)

@@ -9,6 +9,7 @@
 #include <opencv2/core.hpp>
 
 #include <array>
+#include <cstddef>
 #include <functional>
 #include <limits>
 #include <vector>
@@ -35,6 +36,22 @@ struct Search
 
 /// A small search in which every angle and every way has a best placement with a score above 0.
 [[nodiscard]] Search SmallSearch();
+
+/// Which number of a record is which.
+enum Field : std::size_t
+{
+    kScore,
+    kAngle,
+    kTranslationX,
+    kTranslationY,
+    kPositionX,
+    kPositionY,
+    kRatio,
+    kReserved1,
+    kReserved2,
+    kPeakX,
+    kPeakY
+};
 
 /// All numbers of a record.
 using Fields = std::array<double, 11>;
