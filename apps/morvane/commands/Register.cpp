@@ -126,10 +126,20 @@ private:
         return *pose;
     }
 
+    /// Greys in which the lowest height can be told from what was not measured.
+    [[nodiscard]] static cv::Mat Greys(cv::Mat const & heights)
+    {
+        constexpr double kShare = 0.7;
+        constexpr double kDarkest = 76.0;
+        cv::Mat greys;
+        GreyPicture(heights, {.isOfMeasured = true}).convertTo(greys, CV_8U, kShare, kDarkest);
+        greys.setTo(0, heights == 0.0);
+        return greys;
+    }
+
     [[nodiscard]] static cv::Mat Overlay(cv::Mat const & reference, cv::Mat const & moving, Pose const & pose)
     {
-        return OverlayOf(
-            GreyPicture(reference, {.isOfMeasured = true}), GreyPicture(moving, {.isOfMeasured = true}), pose);
+        return OverlayOf(Greys(reference), Greys(moving), pose);
     }
 
     static constexpr double kLargestMargin = 4.0;

@@ -195,9 +195,11 @@ cv::Mat OverlayOf(cv::Mat const & reference, cv::Mat const & moving, Pose const 
     cv::Mat moved = fixed.clone();
     reference.copyTo(fixed(cv::Rect(-all.tl(), reference.size())));
     turned.copyTo(moved(cv::Rect(place - all.tl(), turned.size())));
+    cv::Mat const shown = fixed | moved;
+    cv::Rect const content = cv::boundingRect(shown);
     cv::Mat picture;
     cv::merge(std::array{fixed, moved, fixed}, picture);
-    return picture;
+    return content.empty() ? picture : picture(content).clone();
 }
 
 } // namespace program

@@ -47,7 +47,7 @@ FindPose(cv::Mat const & reference, cv::Mat const & moving, double margin, std::
 ///
 /// @param reference a grey picture, 0 where nothing was measured
 /// @param moving likewise
-/// @return as large as it takes to show both
+/// @return as large as it takes to show what is measured in one of them
 [[nodiscard]] cv::Mat OverlayOf(cv::Mat const & reference, cv::Mat const & moving, Pose const & pose);
 
 } // namespace program
