@@ -20,8 +20,9 @@ namespace
 
 using namespace morvane::connexity;
 using namespace morvane::features;
-using morvane::tests::Program;
 using morvane::tests::Read;
+using morvane::tests::ShapeProgram;
+using morvane::tests::Texture;
 
 using Rows = std::vector<std::vector<double>>;
 using Operator = bool(cv::Mat const &, cv::Mat &);

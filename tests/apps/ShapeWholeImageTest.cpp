@@ -14,8 +14,9 @@ namespace
 {
 
 using namespace morvane::features;
-using morvane::tests::Program;
 using morvane::tests::Read;
+using morvane::tests::ShapeProgram;
+using morvane::tests::Texture;
 
 void ExpectSame(cv::Mat const & actual, cv::Mat const & expected)
 {
