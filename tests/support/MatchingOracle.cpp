@@ -1,6 +1,5 @@
 #include "support/MatchingOracle.h"
 
-#include <morvane/algorithm/MatchingScores.h>
 #include <morvane/common/ImageCompare.h>
 
 #include <opencv2/imgproc.hpp>
@@ -15,7 +14,6 @@ namespace morvane::tests
 
 using algorithm::TemplateMatchingInfo;
 using algorithm::matching::TM_Parameters;
-namespace utils = algorithm::utils;
 
 namespace
 {
