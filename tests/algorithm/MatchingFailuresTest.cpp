@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <opencv2/core.hpp>
 
+#include <array>
 #include <limits>
 #include <tuple>
 #include <vector>
@@ -141,6 +142,55 @@ TEST(MatchingFailures, OfAMarginOrANumberOfStepsThatCannotBe_FailsFirst)
         EXPECT_FALSE(outcome.answer);
         EXPECT_EQ(outcome.best, FieldsOf({}));
         EXPECT_EQ(outcome.queues.size(), 7U);
+    }
+}
+
+TEST(MatchingFailures, OfMoreThanTwoDimensions_FailsFirst)
+{
+    std::array<int, 3> const sizes{3, 4, 5};
+    for (bool const isReference : {true, false})
+    {
+        Search search = SmallSearch();
+        search.queues.resize(7);
+        cv::Mat & image = isReference ? search.reference : search.moving;
+        image = cv::Mat(3, sizes.data(), CV_32S, cv::Scalar(5));
+        for (auto const & [algo, mode] : {std::tuple{0, 1}, std::tuple{1, 1}, std::tuple{0, 0}})
+        {
+            search.algo = algo;
+            search.mode = mode;
+            Outcome const outcome = Find(search);
+            EXPECT_FALSE(outcome.answer);
+            EXPECT_EQ(outcome.best, FieldsOf({}));
+            EXPECT_EQ(outcome.queues.size(), 7U);
+        }
+        tests::AutoSearch autoSearch;
+        autoSearch.reference = search.reference;
+        autoSearch.moving = search.moving;
+        EXPECT_FALSE(Find(autoSearch).answer);
+    }
+}
+
+TEST(MatchingFailures, OfEmptyImages_FindsNothing)
+{
+    for (bool const isReference : {true, false})
+    {
+        SCOPED_TRACE(isReference);
+        Search search = SmallSearch();
+        search.prior.ratio = 1.0;
+        cv::Mat & image = isReference ? search.reference : search.moving;
+        for (cv::Size const & size : {cv::Size(0, 0), cv::Size(4, 0), cv::Size(0, 3)})
+        {
+            image = cv::Mat(size, CV_32S);
+            for (auto const & [algo, mode] : {std::tuple{0, 1}, std::tuple{1, 1}, std::tuple{0, 0}})
+            {
+                search.algo = algo;
+                search.mode = mode;
+                Outcome const outcome = Find(search);
+                EXPECT_TRUE(outcome.answer);
+                EXPECT_LE(outcome.best[tests::kScore], 0.0);
+                tests::ExpectSameOutcome(outcome, OracleFind(search));
+            }
+        }
     }
 }
 
