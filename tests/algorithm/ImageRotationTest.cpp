@@ -278,17 +278,20 @@ TEST(RotateImage, OfTypesThatAreRefused_IsTrueAndZeros)
     }
 }
 
-TEST(RotateImage, ReplacesTheOutput)
+TEST(RotateImage, IntoAView_LeavesWhatIsAround)
 {
     for (Operator const rotate : kOperators)
     {
-        cv::Mat parent(5, 5, CV_8UC1, cv::Scalar(9));
-        cv::Mat out = parent(cv::Rect(1, 1, 3, 3));
-        double dx = 0.0;
-        double dy = 0.0;
-        EXPECT_TRUE(rotate(Draw<uchar>({"12"}), 0.0, out, dx, dy));
-        tests::ExpectDrawn(out, {"...", "12.", "..."});
-        EXPECT_EQ(cv::countNonZero(parent != 9), 0);
+        for (cv::Mat const & before : {cv::Mat(3, 3, CV_8UC1, cv::Scalar(9)), cv::Mat(2, 5, CV_16SC1, cv::Scalar(9))})
+        {
+            tests::FramedImage framed(before);
+            double dx = 0.0;
+            double dy = 0.0;
+            cv::Mat out = framed.View();
+            EXPECT_TRUE(rotate(Draw<uchar>({"12"}), 0.0, out, dx, dy));
+            tests::ExpectDrawn(out, {"...", "12.", "..."});
+            EXPECT_TRUE(framed.IsFrameUntouched());
+        }
     }
 }
 
