@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <limits>
 #include <optional>
+#include <utility>
 
 namespace morvane::algorithm
 {
@@ -81,8 +82,8 @@ bool AreElevations(cv::Mat const & e1, cv::Mat const & e2)
 class MaskBytes
 {
 public:
-    explicit MaskBytes(cv::Mat const & mask)
-        : m_mask(mask)
+    explicit MaskBytes(cv::Mat mask)
+        : m_mask(std::move(mask))
     {}
 
     uchar Next()
