@@ -98,7 +98,7 @@ TEST(MaskScores, ReadTheLowByteOfEachElement)
     EXPECT_EQ(ScoresOf(Row<float>({3, 3}), Row<float>({3, 3})).elevation, 0.0);
     EXPECT_EQ(ScoresOf(Row<short>({-1, 3}), Row<short>({-1, 3})).occupancy, 240.0 + 60.0);
     // Of the first channel.
-    EXPECT_EQ(ScoresOf(Row<cv::Vec2b>({{4, 3}}), Row<cv::Vec2b>({{4, 9}})).elevation, 16.0);
+    EXPECT_EQ(ScoresOf(Row<cv::Vec2b>({{4, 3}, {5, 5}}), Row<cv::Vec2b>({{4, 9}, {5, 1}})).occupancy, 32.0 + 61.0);
     // Masks of two depths meet.
     EXPECT_EQ(ScoresOf(Row<int>({3, 4, 0x105}), Row<uchar>({3, 4, 5})).elevation, 48.0);
 }

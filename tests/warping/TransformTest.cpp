@@ -237,6 +237,11 @@ TEST(Transform, ByLargeNumbersThatCancel_GoesByTheSum)
         cv::Mat out;
         EXPECT_TRUE(transform(Draw<uchar>({"123", "456", "789"}), out, Affine(-1e298, 1e298, 1, 0, 1, 0)));
         tests::ExpectDrawn(out, {"2..", ".5.", "..8"});
+        // A little larger, they lead nowhere.
+        out.release();
+        EXPECT_TRUE(transform(Draw<uchar>({"123"}), out, Affine(-1.01e298, 1.01e298, 1, 0, 1, 0)));
+        tests::ExpectDrawn(out, {"..."});
+        out.release();
         // The row comes first, then the column, then the offset: what is lost is lost in this order.
         out.release();
         EXPECT_TRUE(transform(Draw<uchar>({"123", "456", "789"}), out, Affine(1e20, 0, -5e19, 0, 1, 0)));
