@@ -30,10 +30,10 @@ namespace
 constexpr int kBitsOfWord = 16;
 constexpr int kLeastMask = 3;
 
-/// Tells whether two images can be paired, element by element of at least so many bytes, or without elements.
+/// Tells whether two images can be paired, element by element of a multiple of so many bytes, or without elements.
 bool CanBePaired(cv::Mat const & a, cv::Mat const & b, std::size_t bytes)
 {
-    bool const hasElements = a.empty() || (a.elemSize() >= bytes && b.elemSize() >= bytes);
+    bool const hasElements = a.empty() || (a.elemSize() % bytes == 0 && b.elemSize() % bytes == 0);
     return common::IsRaster(a) && common::IsRaster(b) && a.total() == b.total() && hasElements;
 }
 

@@ -151,7 +151,8 @@ TEST(OccupancyScoresRefusal, LeavesZeros)
     expectRefused(words, Draw<ushort>({"12", "34"}));
     expectRefused(words, Draw<ushort>({"1234567"}));
     expectRefused(words, cv::Mat());
-    // Elements without 16 bits, and more than two dimensions.
+    // Elements that are not made of words, and more than two dimensions.
+    expectRefused(words, Draw<cv::Vec3b>({"123", "456"}));
     expectRefused(words, Draw<uchar>({"123", "456"}));
     expectRefused(Draw<uchar>({"123", "456"}), Draw<uchar>({"123", "456"}));
     expectRefused(words, cv::Mat(std::vector<int>{2, 3, 1}, CV_16UC1, cv::Scalar(1)));
