@@ -12,6 +12,12 @@ namespace morvane::algorithm::utils
 namespace
 {
 
+/// The size by rows and columns, of which matrices of more than two dimensions have -1.
+cv::Size SizeOf(cv::Mat const & image)
+{
+    return {image.cols, image.rows};
+}
+
 /// The matrix that turns a square about its middle, and what is told of it.
 cv::Mat TurnAbout(int side, double angle, double & dx, double & dy)
 {
@@ -27,7 +33,7 @@ template <class T>
 void Turn(cv::Mat const & image, cv::Mat const & matrix, cv::Mat & out)
 {
     warping::AffineMap const map(matrix, out.cols);
-    cv::Rect const place = PlaceInSquare(image.size());
+    cv::Rect const place = PlaceInSquare(SizeOf(image));
     if (place.empty()) return;
     T const * const pixels = image.ptr<T>();
     auto const stride = static_cast<std::ptrdiff_t>(image.step1());
@@ -42,7 +48,7 @@ void Turn(cv::Mat const & image, cv::Mat const & matrix, cv::Mat & out)
 /// Makes the square and its matrix.
 cv::Mat Prepare(cv::Mat const & image, double angle, cv::Mat & out, double & dx, double & dy)
 {
-    int const side = SideOfSquare(image.size());
+    int const side = SideOfSquare(SizeOf(image));
     cv::Mat matrix = TurnAbout(side, angle, dx, dy);
     out = cv::Mat::zeros(side, side, image.type());
     return matrix;
@@ -73,8 +79,9 @@ bool RotateBinaryImage(cv::Mat const & image, double angle, cv::Mat & out, doubl
 
 bool RotateImageUsingOpenCVTransform(cv::Mat const & image, double angle, cv::Mat & out, double & dx, double & dy)
 {
-    cv::Mat canvas = cv::Mat::zeros(cv::Size(SideOfSquare(image.size()), SideOfSquare(image.size())), image.type());
-    image.copyTo(canvas(PlaceInSquare(image.size())));
+    int const side = SideOfSquare(SizeOf(image));
+    cv::Mat canvas = cv::Mat::zeros(side, side, image.type());
+    if (!image.empty()) image.copyTo(canvas(PlaceInSquare(SizeOf(image))));
     cv::Mat const matrix = Prepare(image, angle, out, dx, dy);
     cv::warpAffine(canvas, out, matrix, out.size(), cv::INTER_LINEAR, cv::BORDER_CONSTANT, cv::Scalar());
     return true;

@@ -30,10 +30,10 @@ namespace
 constexpr int kBitsOfWord = 16;
 constexpr int kLeastMask = 3;
 
-/// Tells whether two images can be paired, element by element of at least so many bytes.
+/// Tells whether two images can be paired, element by element of a multiple of so many bytes, or without elements.
 bool CanBePaired(cv::Mat const & a, cv::Mat const & b, std::size_t bytes)
 {
-    bool const hasElements = a.elemSize() >= bytes && b.elemSize() >= bytes;
+    bool const hasElements = a.empty() || (a.elemSize() % bytes == 0 && b.elemSize() % bytes == 0);
     return common::IsRaster(a) && common::IsRaster(b) && a.total() == b.total() && hasElements;
 }
 
@@ -42,6 +42,7 @@ template <class Score>
 std::optional<std::uint64_t> SumOverWords(cv::Mat const & a, cv::Mat const & b, Score const & scoreOf)
 {
     if (!CanBePaired(a, b, sizeof(ushort))) return std::nullopt;
+    if (a.empty()) return 0;
     cv::Mat const other = common::InSize(a.size(), b);
     std::uint64_t sum = 0;
     for (int y = 0; y < a.rows; ++y)
@@ -81,8 +82,8 @@ bool AreElevations(cv::Mat const & e1, cv::Mat const & e2)
 class MaskBytes
 {
 public:
-    explicit MaskBytes(cv::Mat const & mask)
-        : m_mask(mask)
+    explicit MaskBytes(cv::Mat mask)
+        : m_mask(std::move(mask))
     {}
 
     uchar Next()
@@ -181,7 +182,7 @@ bool ComputeMeanShift(
     cv::Mat const & a, cv::Mat const & b, double const & offsetA, double const & offsetB, double & shift)
 {
     shift = 0.0;
-    if (!CanBePaired(a, b, sizeof(float))) return false;
+    if (!CanBePaired(a, b, sizeof(float)) || a.empty()) return false;
     // Turned, so that the columns, whose order decides how the sum rounds, are read along the memory.
     cv::Mat const other = common::InSize(a.size(), b);
     cv::Mat const columnsA = cv::Mat(a.rows, a.cols, CV_32FC1, a.data, a.step).t();

@@ -26,8 +26,8 @@ namespace score
 /// The types are not checked: of wider ones, the first `cols` words of each row are read.
 ///
 /// Each sets its result to 0 first. Each returns true when it was summed up; false, with 0, for different numbers of
-/// pixels, elements of less than 16 bits, and more than two dimensions. They throw std::bad_alloc or cv::Exception when
-/// memory runs out, which is needed for images of two shapes. Cost: O(pixels). One thread.
+/// pixels, elements that are not made of words of 16 bits, and more than two dimensions. They throw std::bad_alloc or
+/// cv::Exception when memory runs out, which is needed for images of two shapes. Cost: O(pixels). One thread.
 /// @{
 
 /// Sums 16 minus the number of bits that differ.
@@ -125,7 +125,7 @@ namespace utils
 /// @param offsetB added to `b`
 /// @param shift the mean
 /// @return true when there was a pixel; false, with a `shift` of 0, without, for different numbers of pixels, elements
-///         of less than 32 bits, and more than two dimensions
+///         that are not made of words of 32 bits, and more than two dimensions
 /// @throws std::bad_alloc, cv::Exception when memory runs out
 ///
 /// Cost: O(pixels), and a copy of both images. One thread.
