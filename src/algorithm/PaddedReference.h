@@ -3,6 +3,7 @@
 #pragma once
 
 #include "algorithm/RotationSquare.h"
+#include "common/Dispatch.h"
 
 #include <morvane/common/Conversions.h>
 
@@ -35,9 +36,10 @@ private:
     }
 };
 
-/// The frame of a search. @return none for a margin that no image can have
+/// The frame of a search. @return none for a margin that no image can have, and for more than two dimensions
 [[nodiscard]] inline std::optional<Frame> FrameOf(cv::Mat const & reference, cv::Mat const & moving, double ratio)
 {
+    if (!common::IsRaster(reference) || !common::IsRaster(moving)) return std::nullopt;
     int const diagonal = DiagonalOf(moving.size());
     int const margin = common::TruncateTo<int>(std::floor(diagonal * ratio + 0.5));
     constexpr std::int64_t kLargest = std::numeric_limits<int>::max();
@@ -51,7 +53,8 @@ private:
 {
     cv::Size const size(reference.cols + 2 * frame.margin, reference.rows + 2 * frame.margin);
     cv::Mat padded = cv::Mat::zeros(size, reference.type());
-    reference.copyTo(padded(cv::Rect({frame.margin, frame.margin}, reference.size())));
+    // OpenCV does not copy nothing into a view.
+    if (!reference.empty()) reference.copyTo(padded(cv::Rect({frame.margin, frame.margin}, reference.size())));
     return padded;
 }
 

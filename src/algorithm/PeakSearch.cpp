@@ -60,8 +60,9 @@ cv::Rect PeakSearch::WindowAround(cv::Point_<double> const & station, cv::Size c
 {
     double const range = m_parameters.Get_Translation_RangeDisp();
     cv::Point_<double> const onReference = m_parameters.GetMovStationPositionOnRef();
-    double const x = TruncateTo<int>(onReference.x) + m_frame.margin - station.x;
-    double const y = TruncateTo<int>(onReference.y) + m_frame.margin - station.y;
+    double const margin = m_frame.margin;
+    double const x = TruncateTo<int>(onReference.x) + margin - station.x;
+    double const y = TruncateTo<int>(onReference.y) + margin - station.y;
     Stretch const columns = StretchAround(x, range, positions.width);
     Stretch const rows = StretchAround(y, range, positions.height);
     if (columns.last <= columns.first || rows.last <= rows.first) return {};

@@ -88,8 +88,9 @@ TemplateMatchingInfo RecordOf(int score, cv::Point const & position, cv::Point c
 {
     TemplateMatchingInfo record;
     record.score = score;
-    record.translationX = position.x - offset.x;
-    record.translationY = position.y - offset.y;
+    // In double, since an offset may be the smallest int.
+    record.translationX = position.x - static_cast<double>(offset.x);
+    record.translationY = position.y - static_cast<double>(offset.y);
     record.positionX = position.x;
     record.positionY = position.y;
     return record;
@@ -146,7 +147,7 @@ bool TestAllPossibleTranslation(
         bool const wins = isHigher || (best.score == kept.score && kept.translationX > x);
         if (!wins) continue;
         // Within a column, the rule makes each further position of an equal score win, or none.
-        bool const laterWin = x - offset.x > x;
+        bool const laterWin = offset.x < 0;
         kept = RecordOf(best.score, {x, laterWin ? best.lastRow : best.firstRow}, offset);
     }
     candidate = kept;

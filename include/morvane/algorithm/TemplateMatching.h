@@ -36,9 +36,10 @@ using CandidateQueues = std::vector<
 /// is the ratio of the parameters' image infos times the diagonal of the moving image.
 ///
 /// - `Correlation`: both images are cut to 8 bits, where values above 8 become 16, and 0 and 1 become 0. Of
-/// `cv::matchTemplate` with `cv::TM_CCORR` the ten highest peaks, no two within 2 pixels, are pushed on the queue of
-/// the step: positions around the station on the reference within the range of the translation, or anywhere for a range
-/// of 0 or less. The score is the peak over the pixels of the turned image, a square.
+/// `cv::matchTemplate` with `cv::TM_CCORR` ten peaks are pushed on the queue of the step: ten times the highest value,
+/// after which all within 2 pixels of it count as the lowest, so that small windows give positions twice. They are
+/// sought around the station on the reference within the range of the translation, or anywhere for a range of 0 or
+/// less. The score is the peak over the pixels of the turned image, a square.
 /// - `ExpectedPosition`: around the station of the reference plus the translation, within its range, each position
 /// scores 16 for each pair of equal pixels above 2. Of equal scores the nearer to the expected position wins, then the
 /// smaller column, then the smaller row. For images of 32 bits, `CV_32S`.
@@ -54,9 +55,9 @@ using CandidateQueues = std::vector<
 ///
 /// All return true at the end. False, with what was found before in `best` and in the queues, for an `algo` outside its
 /// table, a window of the correlation that misses all positions, images of other types, and a margin or a number of
-/// steps that no image or list can have. They throw cv::Exception for what OpenCV refuses, as a turned image wider,
-/// but not higher than the padded reference in the correlation; std::bad_function_call for an empty `progress`; std::bad_alloc,
-/// std::length_error when memory runs out; and what `progress` throws.
+/// steps that no image or list can have. They throw cv::Exception for what OpenCV refuses, as a turned image wider and
+/// lower than the padded reference, or narrower and higher, in the correlation; std::bad_function_call for an empty
+/// `progress`; std::bad_alloc, std::length_error when memory runs out; and what `progress` throws.
 ///
 /// Cost: that of `cv::matchTemplate` for each step; or O(positions * pixels) for each step, in bytes. OpenCV's threads,
 /// on whose number nothing depends.
@@ -261,8 +262,8 @@ FindBestMatching(cv::Mat const & image, cv::Mat const & templ, int & x, int & y,
 ///
 /// @param image as for FindBestMatching()
 /// @param templ as for FindBestMatching(), of any size
-/// @param x columns by which the middle of `templ` lies off that of `image`, rounded down; the other way round where
-///        `image` is the smaller one
+/// @param x columns by which the middle of `templ` lies off that of `image`, rounded down, and one less: -1 where they
+///        coincide; the negative of that with both exchanged where `image` is the smaller one
 /// @param y rows, likewise
 /// @param score the extreme over the pixels of the smaller image
 /// @param method as for FindBestMatching()
