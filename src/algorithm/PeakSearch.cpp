@@ -37,12 +37,20 @@ bool Reduce(cv::Mat const & image, cv::Mat & reduced)
            ImageCompare(reduced, kGreater, kEmpty, reduced, cv::Scalar(0), reduced);
 }
 
+/// A whole number near a value, beyond any image for values that are.
+std::int64_t Rounded(double value)
+{
+    constexpr double kBeyond = 1e12;
+    return static_cast<std::int64_t>(std::clamp(std::round(value), -kBeyond, kBeyond));
+}
+
 /// A window along one axis: around an expected place, or everywhere without a range. Its width is odd.
 Stretch StretchAround(double expected, double range, int positions)
 {
-    bool const isLimited = range > 0.0;
-    std::int64_t const first = isLimited ? TruncateTo<int>(std::round(expected - range + 0.5)) : 0;
-    std::int64_t width = isLimited ? TruncateTo<int>(std::round(2.0 * range)) : positions;
+    if (!(range > 0.0)) return {0, positions};
+    if (std::isnan(expected)) return {0, 0};
+    std::int64_t const first = Rounded(expected - range + 0.5);
+    std::int64_t width = Rounded(2.0 * range);
     width += width % 2 == 0 ? 1 : 0;
     return {std::max<std::int64_t>(first, 0), std::min<std::int64_t>(first + width, positions)};
 }

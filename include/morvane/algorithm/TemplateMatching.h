@@ -47,14 +47,15 @@ using CandidateQueues = std::vector<
 /// | array       | shape | depths                                             | channels | values |
 /// |-------------|-------|----------------------------------------------------|----------|--------|
 /// | `reference` | any   | any, see utils::RotateImage(); `CV_32S` for `ExpectedPosition` | 1 | occupancies, 0 where nothing was measured |
-/// | `moving`    | any   | as `reference`                                     | 1        | likewise |
+/// | `moving`    | any   | likewise, not the same for `Correlation`           | 1        | likewise |
 ///
 /// `best` is in and out: a placement replaces it only with a higher score. `progress` is called with the share of the
 /// work that is done, from 0 to 1; with false it ends the search after the present step, unless it answers the very
 /// first or last report. A search that is ended gives true and the best so far.
 ///
 /// All return true at the end. False, with what was found before in `best` and in the queues, for an `algo` outside its
-/// table, a window of the correlation that misses all positions, images of other types, and a margin or a number of
+/// table, a window of the correlation that misses all positions, several channels, elements of another size than 32
+/// bits for `ExpectedPosition`, and a margin or a number of
 /// steps that no image or list can have. They throw cv::Exception for what OpenCV refuses, as a turned image wider and
 /// lower than the padded reference, or narrower and higher, in the correlation; std::bad_function_call for an empty
 /// `progress`; std::bad_alloc, std::length_error when memory runs out; and what `progress` throws.
@@ -138,12 +139,13 @@ using CandidateQueues = std::vector<
 ///
 /// Each position scores 16 for each pair of equal pixels above 2; see matching_internals::TestAllPossibleTranslation().
 ///
-/// @param reference rows x cols, `CV_32SC1`: occupancies, 0 where nothing was measured
-/// @param moving `CV_32SC1`
+/// @param reference rows x cols, `CV_32SC1`: occupancies, 0 where nothing was measured. Other elements of 32 bits are
+///        read as `int`.
+/// @param moving likewise
 /// @param progress told the share of the work, 0 to 1; its answers are ignored
 /// @param best in and out: replaced by a placement with a higher score. Its `ratio` times the diagonal of the moving
 ///        image is the margin around the reference.
-/// @return true at the end; false for images of other types, and a margin that no image can have
+/// @return true at the end; false for elements of another size, and a margin that no image can have
 /// @throws std::bad_function_call for an empty `progress`; std::bad_alloc, cv::Exception when memory runs out; what
 ///         `progress` throws
 ///
