@@ -74,29 +74,30 @@ bool IsFound(TemplateMatchingInfo const & best)
     return best.score > 0.0;
 }
 
-/// Tries angles around a pose, and shifts at each.
+/// Tries angles around a pose, the nearest first, and shifts at each.
 ///
-/// @param pose in pixels of @p reference; replaced by the best
+/// @param pose in pixels of @p reference; replaced by the best, of equals by the nearest
 /// @param angleStep degrees between angles; four are tried to either side
 /// @return false when the search was ended
 bool Refine(
     cv::Mat const & reference, cv::Mat const & moving, double ratio, double angleStep,
     std::function<bool(double)> const & report, Pose & pose)
 {
-    constexpr int kAngles = 4;
+    constexpr std::array kSteps{0, -1, 1, -2, 2, -3, 3, -4, 4};
     constexpr double kReach = 4.0;
     TemplateMatchingInfo best;
     CandidateQueues queues;
     OpenCV_algos algo = ExpectedPosition;
-    for (int i = -kAngles; i <= kAngles; ++i)
+    double tried = 0.0;
+    for (int const steps : kSteps)
     {
-        double const angle = pose.angle + i * angleStep;
         matching::TM_Parameters const parameters(
             {1.0, 1.0, ratio}, {0.0, 0.0}, MiddleOf(moving), {0.0, 0.0},
-            {angle, 0.0, 1.0, pose.middle.x, pose.middle.y, kReach});
+            {pose.angle + steps * angleStep, 0.0, 1.0, pose.middle.x, pose.middle.y, kReach});
         bool const done = TemplateMatchingFullManual(
             reference, moving, parameters, [](float) { return true; }, best, queues, algo);
-        if (!done || !report((i + kAngles + 1.0) / (2.0 * kAngles + 1.0))) return false;
+        ++tried;
+        if (!done || !report(tried / kSteps.size())) return false;
     }
     if (IsFound(best)) pose = PoseOf(best, moving, ratio);
     return true;

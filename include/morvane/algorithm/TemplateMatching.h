@@ -55,10 +55,10 @@ using CandidateQueues = std::vector<
 ///
 /// All return true at the end. False, with what was found before in `best` and in the queues, for an `algo` outside its
 /// table, a window of the correlation that misses all positions, several channels, elements of another size than 32
-/// bits for `ExpectedPosition`, and a margin or a number of
-/// steps that no image or list can have. They throw cv::Exception for what OpenCV refuses, as a turned image wider and
-/// lower than the padded reference, or narrower and higher, in the correlation; std::bad_function_call for an empty
-/// `progress`; std::bad_alloc, std::length_error when memory runs out; and what `progress` throws.
+/// bits for `ExpectedPosition`, and a margin or a number of steps that no image or list can have. They throw
+/// cv::Exception for what OpenCV refuses, as a turned image wider and lower than the padded reference, or narrower and
+/// higher, in the correlation; std::bad_function_call for an empty `progress`; std::bad_alloc, std::length_error when
+/// memory runs out; and what `progress` throws.
 ///
 /// Cost: that of `cv::matchTemplate` for each step; or O(positions * pixels) for each step, in bytes. OpenCV's threads,
 /// on whose number nothing depends.
