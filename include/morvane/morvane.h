@@ -5,7 +5,10 @@
 #include <morvane/Export.h>
 #include <morvane/algorithm/Filling.h>
 #include <morvane/algorithm/ImageUtilities.h>
+#include <morvane/algorithm/MatchingScores.h>
 #include <morvane/algorithm/RegionGrowing.h>
+#include <morvane/algorithm/TemplateMatching.h>
+#include <morvane/algorithm/TemplateMatchingData.h>
 #include <morvane/algorithm/WatershedSegmentation.h>
 #include <morvane/common/Attributes.h>
 #include <morvane/common/Criterion.h>
@@ -37,3 +40,4 @@
 #include <morvane/geodesy/GeodesicOperators.h>
 #include <morvane/geodesy/Reconstruction.h>
 #include <morvane/visual/ColorMaps.h>
+#include <morvane/warping/Warping.h>

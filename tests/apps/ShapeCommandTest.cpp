@@ -1,4 +1,4 @@
-#include "apps/ProgramFixture.h"
+#include "apps/ShapeFixture.h"
 
 #include <morvane/connexity/GeodesicMeasures.h>
 #include <morvane/features/ShapeDescriptors.h>
@@ -20,8 +20,9 @@ namespace
 
 using namespace morvane::connexity;
 using namespace morvane::features;
-using morvane::tests::Program;
 using morvane::tests::Read;
+using morvane::tests::ShapeProgram;
+using morvane::tests::Texture;
 
 using Rows = std::vector<std::vector<double>>;
 using Operator = bool(cv::Mat const &, cv::Mat &);
@@ -91,32 +92,13 @@ cv::Mat1b Things()
     return image;
 }
 
-/// An image with grey levels everywhere.
-cv::Mat1b Texture()
-{
-    cv::Mat1b image(20, 27);
-    cv::RNG random(11);
-    random.fill(image, cv::RNG::UNIFORM, 1, 200);
-    return image;
-}
-
-class ShapeCommand : public Program
+class ShapeCommand : public ShapeProgram
 {
 protected:
     void SetUp() override
     {
-        Program::SetUp();
+        ShapeProgram::SetUp();
         ASSERT_TRUE(cv::imwrite(In("things.png"), Things()));
-        ASSERT_TRUE(cv::imwrite(In("texture.png"), Texture()));
-    }
-
-    [[nodiscard]] static std::string Output(std::vector<std::string> arguments)
-    {
-        arguments.insert(arguments.begin(), "shape");
-        process::Outcome const outcome = Run(arguments);
-        EXPECT_EQ(outcome.status, 0) << outcome.errors;
-        EXPECT_EQ(outcome.errors, "");
-        return outcome.output;
     }
 };
 

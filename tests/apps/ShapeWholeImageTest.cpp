@@ -1,4 +1,4 @@
-#include "apps/ProgramFixture.h"
+#include "apps/ShapeFixture.h"
 
 #include <morvane/features/ShapeDescriptors.h>
 
@@ -14,8 +14,9 @@ namespace
 {
 
 using namespace morvane::features;
-using morvane::tests::Program;
 using morvane::tests::Read;
+using morvane::tests::ShapeProgram;
+using morvane::tests::Texture;
 
 void ExpectSame(cv::Mat const & actual, cv::Mat const & expected)
 {
@@ -24,33 +25,8 @@ void ExpectSame(cv::Mat const & actual, cv::Mat const & expected)
     EXPECT_EQ(cv::norm(actual, expected, cv::NORM_INF), 0.0);
 }
 
-/// An image with grey levels everywhere.
-cv::Mat1b Texture()
-{
-    cv::Mat1b image(20, 27);
-    cv::RNG random(11);
-    random.fill(image, cv::RNG::UNIFORM, 1, 200);
-    return image;
-}
-
-class ShapeOfWholeImage : public Program
-{
-protected:
-    void SetUp() override
-    {
-        Program::SetUp();
-        ASSERT_TRUE(cv::imwrite(In("texture.png"), Texture()));
-    }
-
-    [[nodiscard]] static std::string Output(std::vector<std::string> arguments)
-    {
-        arguments.insert(arguments.begin(), "shape");
-        process::Outcome const outcome = Run(arguments);
-        EXPECT_EQ(outcome.status, 0) << outcome.errors;
-        EXPECT_EQ(outcome.errors, "");
-        return outcome.output;
-    }
-};
+class ShapeOfWholeImage : public ShapeProgram
+{};
 
 TEST_F(ShapeOfWholeImage, Boxes_AreDrawnRoundTheParts)
 {

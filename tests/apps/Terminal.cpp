@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <csignal>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -64,22 +65,32 @@ pid_t Start(std::string const & program, std::vector<std::string> words, int ter
     return child;
 }
 
-std::string ReadAll(int terminal)
+/// Reads what is sent to a terminal.
+///
+/// @param text that is waited for, if any
+/// @param whenSeen called once it was there
+template <class Action>
+std::string ReadAll(int terminal, std::string const & text, Action const & whenSeen)
 {
-    std::string text;
+    bool isAwaited = !text.empty();
+    std::string all;
     std::array<char, 4096> buffer;
     // Once nobody writes any more, reading fails.
     while (true)
     {
         ssize_t const count = read(terminal, buffer.data(), buffer.size());
-        if (count <= 0) return text;
-        text.append(buffer.data(), static_cast<std::size_t>(count));
+        if (count <= 0) return all;
+        all.append(buffer.data(), static_cast<std::size_t>(count));
+        if (!isAwaited || all.find(text) == std::string::npos) continue;
+        isAwaited = false;
+        whenSeen();
     }
 }
 
 } // namespace
 
-TerminalOutcome RunAtTerminal(std::string const & program, std::vector<std::string> const & arguments)
+TerminalOutcome
+RunAtTerminal(std::string const & program, std::vector<std::string> const & arguments, std::string const & interruptAt)
 {
     Descriptor const ours(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
     std::array<char, 128> name{};
@@ -93,7 +104,7 @@ TerminalOutcome RunAtTerminal(std::string const & program, std::vector<std::stri
     theirs.Close();
 
     TerminalOutcome outcome;
-    outcome.shown = ReadAll(ours.Number());
+    outcome.shown = ReadAll(ours.Number(), interruptAt, [&] { kill(child, SIGINT); });
     int status = 0;
     waitpid(child, &status, 0);
     outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128;

@@ -17,8 +17,12 @@ struct TerminalOutcome
 
 /// Runs a program with its standard error at a terminal, and its standard output nowhere.
 ///
+/// @param program to run
+/// @param arguments of it
+/// @param interruptAt once this was sent to the terminal, the program is interrupted as by Ctrl-C; not at all if empty
 /// @throws std::runtime_error when that cannot be had
-[[nodiscard]] TerminalOutcome RunAtTerminal(std::string const & program, std::vector<std::string> const & arguments);
+[[nodiscard]] TerminalOutcome RunAtTerminal(
+    std::string const & program, std::vector<std::string> const & arguments, std::string const & interruptAt = "");
 
 /// The lines that a terminal has in the end, trailing blanks left out: a carriage return leads back to the start of the
 /// line, and what follows overwrites it.
