@@ -98,7 +98,7 @@ TEST(ComputeMeanShiftRefusal, GivesFalseAnd0)
     cv::Mat const image = Draw<float>({"123", "456"});
     for (cv::Mat const & other :
          {Draw<float>({"12", "34"}), Draw<float>({"1234567"}), cv::Mat(), Draw<uchar>({"123", "456"}),
-          Draw<short>({"123", "456"}), cv::Mat(2, 3, CV_8UC(5), cv::Scalar::all(1)),
+          Draw<short>({"123", "456"}), cv::Mat(2, 3, CV_8UC(5)),
           cv::Mat(std::vector<int>{2, 3, 1}, CV_32FC1, cv::Scalar(1))})
     {
         EXPECT_EQ(ShiftOf(image, other), 99.0);

@@ -43,7 +43,7 @@ struct MORVANE_EXPORT TemplateMatchingInfo
 /// How far a placement is from where it was expected, in pixels.
 struct Distance
 {
-    double value = std::numeric_limits<double>::max();
+    double value = std::numeric_limits<double>::max(); ///< pixels
 };
 
 namespace matching
