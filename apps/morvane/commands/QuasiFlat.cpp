@@ -12,6 +12,8 @@
 
 #include <opencv2/imgproc.hpp>
 
+#include <algorithm>
+#include <array>
 #include <filesystem>
 #include <iostream>
 #include <optional>
@@ -166,7 +168,8 @@ private:
         if (needsWindow && !hasWindow) throw ProgramError("--fill-holes and --filter need --window");
         if (hasWindow && !needsWindow) throw ProgramError("--window is for --fill-holes and --filter");
         if (m_isBase && !m_pixelSize) throw ProgramError("--base needs --pixel-size");
-        if (int{m_isBase} + int{!m_seeds.empty()} + int{!m_seedImage.empty()} > 1)
+        std::array const masks{m_isBase, !m_seeds.empty(), !m_seedImage.empty()};
+        if (std::ranges::count(masks, true) > 1)
         {
             throw ProgramError("--seed, --seeds and --base exclude each other");
         }

@@ -52,6 +52,7 @@ std::vector<cv::Point>
 PixelsAt(std::vector<std::string> const & seeds, cv::Mat const & image, std::filesystem::path const & file)
 {
     std::vector<cv::Point> pixels;
+    pixels.reserve(seeds.size());
     for (std::string const & seed : seeds)
     {
         pixels.push_back(PixelAt(seed, image, file));

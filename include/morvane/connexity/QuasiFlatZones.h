@@ -146,9 +146,10 @@ MORVANE_EXPORT bool QuasiFlatZonesPropagation(
 ///
 /// 1. The rims of zones that a closing of the labels changes are cleared from the zones.
 /// 2. The image is divided into coarse parts, which grow from what is measured.
-/// 3. Pixels steeper than 30 degrees are cleared, zones of at most `areaLimit` pixels dropped, and with them those whose
-///    mean height is more than 4000 off the local floor (see filters::InterpolatedRobustLocalMinNoZero(), in cells of
-///    25000 / `pixelSize` pixels). The largest zone always stays.
+/// 3. Pixels steeper than 30 degrees are cleared, zones of at most `areaLimit` pixels dropped unless zone 1 alone is
+///    left, and with them those whose mean height is more than 4000 off the local floor (see
+///    filters::InterpolatedRobustLocalMinNoZero(), in cells of 25000 / `pixelSize` pixels). The largest zone always
+///    stays.
 /// 4. The largest zone of each coarse part enters the mask, then each zone of more than `areaLimit` pixels.
 /// 5. A zone left over enters if the height at its contour, near the mask, passes a test of slope.
 ///
