@@ -2,6 +2,7 @@
 
 #include <morvane/common/ImageCompare.h>
 
+#include "common/Comparisons.h"
 #include "common/Dispatch.h"
 #include "common/Morphology.h"
 #include "features/GrowingSquares.h"
@@ -23,8 +24,7 @@ cv::Mat ShapeOf(cv::Mat const & src)
     if (!common::IsRaster(src) || src.empty()) return {};
     if (src.type() == CV_8UC1) return src.clone();
     cv::Mat shape(src.size(), CV_8UC1);
-    constexpr int kEqual = 0;
-    bool const isShape = common::ImageCompare(src, kEqual, 0.0, cv::Scalar(0.0), cv::Scalar(255.0), shape);
+    bool const isShape = common::ImageCompare(src, common::kEqual, 0.0, cv::Scalar(0.0), cv::Scalar(255.0), shape);
     return isShape ? shape : cv::Mat();
 }
 

@@ -5,6 +5,7 @@
 #include <morvane/connexity/GeodesicMeasures.h>
 #include <morvane/geodesy/GeodesicOperators.h>
 
+#include "common/Comparisons.h"
 #include "common/Dispatch.h"
 #include "common/Morphology.h"
 #include "tarnel/PolylineSimplification.h"
@@ -52,10 +53,9 @@ cv::Mat SumOfResidues(cv::Mat work, cv::Mat const & element)
 /// 255 where an image of labels equals one of them.
 cv::Mat ZoneOf(cv::Mat const & labels, double label)
 {
-    constexpr int kEqual = 0;
     cv::Mat zone(labels.size(), labels.type());
     // The types are those of the label image: nothing can be refused.
-    static_cast<void>(common::ImageCompare(labels, kEqual, label, cv::Scalar(255.0), cv::Scalar(0.0), zone));
+    static_cast<void>(common::ImageCompare(labels, common::kEqual, label, cv::Scalar(255.0), cv::Scalar(0.0), zone));
     return zone;
 }
 
