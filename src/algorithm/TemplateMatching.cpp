@@ -110,10 +110,9 @@ namespace matching_internals
 namespace
 {
 
-/// What the steps of a search share.
+/// What the moving image is laid on, in every step of a search.
 struct Scene
 {
-    cv::Mat const & moving;
     cv::Mat padded;
     Frame frame;
 };
@@ -144,7 +143,7 @@ bool SearchRotationsAndTranslations(
     auto const frame = FrameOf(reference, moving, parameters.GetImageInfos().Get_Ratio());
     int const steps = StepsOf(parameters);
     if (!frame || steps == 0) return false;
-    Scene const scene{moving, Padded(reference, *frame), *frame};
+    Scene const scene{Padded(reference, *frame), *frame};
     queues.clear();
     queues.resize(static_cast<std::size_t>(steps));
 
@@ -202,7 +201,7 @@ bool SearchFullAuto(
     double const farthest = std::abs(center) + std::abs(range);
     bool const leadsOn = step > 0.0 && std::isfinite(farthest) && farthest + step > farthest;
     if (!frame || !leadsOn) return false;
-    Scene const scene{moving, Padded(reference, *frame), *frame};
+    Scene const scene{Padded(reference, *frame), *frame};
 
     double const count = std::round(2.0 * range / step);
     int done = 0;

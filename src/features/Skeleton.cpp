@@ -1,5 +1,6 @@
 #include <morvane/features/Skeleton.h>
 
+#include <morvane/common/Conversions.h>
 #include <morvane/common/ImageCompare.h>
 #include <morvane/connexity/AttributeOpening.h>
 #include <morvane/connexity/GeodesicMeasures.h>
@@ -98,7 +99,7 @@ bool ChainOf(cv::Mat const & zone, tarnel::Polyline & chain)
 
 cv::Point FloorOf(Eigen::Vector2d const & point)
 {
-    return {static_cast<int>(std::floor(point.x())), static_cast<int>(std::floor(point.y()))};
+    return {common::TruncateTo<int>(std::floor(point.x())), common::TruncateTo<int>(std::floor(point.y()))};
 }
 
 /// Draws the segments of a chain, with labels that follow @p label.

@@ -2,6 +2,7 @@
 
 #include <morvane/algorithm/MatchingScores.h>
 #include <morvane/algorithm/TemplateMatching.h>
+#include <morvane/common/Conversions.h>
 
 #include <opencv2/imgproc.hpp>
 
@@ -127,7 +128,8 @@ cv::Mat LevelsOf(cv::Mat const & heights, double lowest, HeightLevels const & le
                 high = std::max(high, *it);
             }
             if (high - low < levels.structure) continue;
-            result(y, x) = kLowestLevel + static_cast<int>(std::min((height - lowest) / levels.step, kMostLevels));
+            result(y, x) =
+                kLowestLevel + morvane::common::TruncateTo<int>(std::min((height - lowest) / levels.step, kMostLevels));
         }
     }
     return result;
